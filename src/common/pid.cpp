@@ -1,0 +1,160 @@
+#include "common/pid.h"
+
+#include <cmath>
+
+namespace olvex {
+
+namespace {
+
+constexpr qint64 kMinPid = 100000;
+constexpr qint64 kPidLimit = 2000000000;
+
+int groupC(qint64 pid)
+{
+    return int((pid % 100000) / 10000);
+}
+
+// Reads one digit group from the right end of text. Returns -1 when the group found no digit.
+int readGroup(QString &text, int maxDigits)
+{
+    int value = 0;
+    int digits = 0;
+    int place = 1;
+    while (!text.isEmpty() && digits < maxDigits) {
+        const QChar last = text.back();
+        if (last >= u'0' && last <= u'9') {
+            value += (last.unicode() - u'0') * place;
+            place *= 10;
+            ++digits;
+            text.chop(1);
+        } else if (digits > 0) {
+            break; // a separator ends a group that has digits
+        } else {
+            text.chop(1); // leading separators are skipped
+        }
+    }
+    return digits > 0 ? value : -1;
+}
+
+} // namespace
+
+bool IsValidPid(qint64 value)
+{
+    if (value < kMinPid || value >= kPidLimit) {
+        return false;
+    }
+    const int c = groupC(value);
+    return c != 6 && c != 9;
+}
+
+bool IsValidPid(const Value &value)
+{
+    switch (value.kind()) {
+    case Value::Kind::Integer:
+    case Value::Kind::Double:
+        if (const auto whole = value.toInteger()) {
+            return IsValidPid(*whole);
+        }
+        return false;
+    case Value::Kind::Text:
+        return ParsePid(value.toText()) != 0;
+    default:
+        return false;
+    }
+}
+
+QString FormatPid(qint64 pid)
+{
+    if (!IsValidPid(pid)) {
+        return {};
+    }
+    return QStringLiteral("%1-%2-%3-%4-%5")
+        .arg(pid / 100000000)
+        .arg((pid % 100000000) / 100000, 3, 10, QLatin1Char('0'))
+        .arg(groupC(pid))
+        .arg((pid % 10000) / 100, 2, 10, QLatin1Char('0'))
+        .arg(pid % 100, 2, 10, QLatin1Char('0'));
+}
+
+QString FormatPidPlain(qint64 pid)
+{
+    return IsValidPid(pid) ? QStringLiteral("%1").arg(pid, 9, 10, QLatin1Char('0')) : QString();
+}
+
+QString FormatPidPadded(qint64 pid)
+{
+    return IsValidPid(pid) ? QStringLiteral("%1").arg(pid, 10, 10, QLatin1Char('0')) : QString();
+}
+
+int GetPidPart(qint64 pid, int part)
+{
+    switch (part) {
+    case 1:
+        return int(pid / 100000000);
+    case 2:
+        return int((pid % 100000000) / 100000);
+    case 3:
+        return int(pid % 100);
+    case 4:
+        return int((pid % 10000) / 100);
+    case 5:
+        return groupC(pid);
+    case -5: {
+        const int c = groupC(pid);
+        return c == 7 ? 8 : c;
+    }
+    default:
+        return 0;
+    }
+}
+
+qint32 ParsePid(const QString &input, bool bracketed)
+{
+    QString text = input;
+    if (bracketed) {
+        text = text.trimmed();
+        if (!text.startsWith(u'[')) {
+            return 0;
+        }
+        text = text.mid(1);
+        // Left trim only: what follows the bracket may not start with "@" (a reference form).
+        qsizetype first = 0;
+        while (first < text.size() && text[first].isSpace()) {
+            ++first;
+        }
+        text = text.mid(first);
+        const qsizetype close = text.indexOf(u']');
+        if (text.startsWith(u'@') || close < 0) {
+            return 0;
+        }
+        text = text.left(close);
+    }
+
+    const int e = readGroup(text, 2);
+    const int d = readGroup(text, 2);
+    const int c = readGroup(text, 1);
+    const int b = readGroup(text, 3);
+    if (e < 0 || d < 0 || c < 0 || b < 0) {
+        return 0;
+    }
+    int a = 0;
+    if (!text.isEmpty()) {
+        a = readGroup(text, 2);
+        if (a < 0) {
+            return 0;
+        }
+    }
+    return BuildPid(a, b, c, d, e);
+}
+
+qint32 BuildPid(int a, int b, int c, int d, int e)
+{
+    if (a < 0 || a > 19 || b < 0 || b > 999 || c < 0 || c > 9 || d < 0 || d > 99 || e < 0
+        || e > 99) {
+        return 0;
+    }
+    const qint64 pid = qint64(a) * 100000000 + qint64(b) * 100000 + c * 10000 + d * 100 + e;
+    return IsValidPid(pid) ? qint32(pid) : 0;
+}
+
+} // namespace olvex

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "common/value.h"
+
+#include <QString>
+
+namespace olvex {
+
+// A PID is a 32-bit number of five digit groups A (0-19), B (0-999), C (0-9), D (0-99),
+// E (0-99): A*100000000 + B*100000 + C*10000 + D*100 + E. Valid from 100000 to below
+// 2000000000, with group C never 6 or 9.
+
+bool IsValidPid(qint64 value);
+// Numbers (fractions converted to whole numbers first) and text that ParsePid reads.
+bool IsValidPid(const Value &value);
+
+// "1-234-5-67-89"; empty for an invalid number.
+QString FormatPid(qint64 pid);
+// At least nine digits with leading zeros ("001234567"); empty for an invalid number.
+QString FormatPidPlain(qint64 pid);
+// Always ten digits ("0001234567"); empty for an invalid number.
+QString FormatPidPadded(qint64 pid);
+
+// 1: A, 2: B, 3: E, 4: D, 5: C, -5: C with 7 reported as 8; any other part gives 0.
+int GetPidPart(qint64 pid, int part);
+
+// Reads the groups from the right; every non-digit separates. With bracketed set, the text must
+// be "[...]" and "[@..." is refused. 0 when the text is no PID.
+qint32 ParsePid(const QString &text, bool bracketed = false);
+
+// 0 when a group is out of range or the result is no valid PID.
+qint32 BuildPid(int a, int b, int c, int d, int e);
+
+} // namespace olvex
