@@ -14,23 +14,24 @@ int groupC(qint64 pid)
     return int((pid % 100000) / 10000);
 }
 
-// Reads one digit group from the right end of text. Returns -1 when the group found no digit.
-int readGroup(QString &text, int maxDigits)
+// Reads one digit group leftwards from end (exclusive) of text, moving end past what it used.
+// Returns -1 when the group found no digit.
+int readGroup(QStringView text, qsizetype &end, int maxDigits)
 {
     int value = 0;
     int digits = 0;
     int place = 1;
-    while (!text.isEmpty() && digits < maxDigits) {
-        const QChar last = text.back();
+    while (end > 0 && digits < maxDigits) {
+        const char16_t last = text[end - 1].unicode();
         if (last >= u'0' && last <= u'9') {
-            value += (last.unicode() - u'0') * place;
+            value += (last - u'0') * place;
             place *= 10;
             ++digits;
-            text.chop(1);
+            --end;
         } else if (digits > 0) {
             break; // a separator ends a group that has digits
         } else {
-            text.chop(1); // leading separators are skipped
+            --end; // separators before a group's digits are skipped
         }
     }
     return digits > 0 ? value : -1;
@@ -110,7 +111,7 @@ int GetPidPart(qint64 pid, int part)
 
 qint32 ParsePid(const QString &input, bool bracketed)
 {
-    QString text = input;
+    QStringView text(input);
     if (bracketed) {
         text = text.trimmed();
         if (!text.startsWith(u'[')) {
@@ -118,11 +119,9 @@ qint32 ParsePid(const QString &input, bool bracketed)
         }
         text = text.mid(1);
         // Left trim only: what follows the bracket may not start with "@" (a reference form).
-        qsizetype first = 0;
-        while (first < text.size() && text[first].isSpace()) {
-            ++first;
+        while (!text.isEmpty() && text.front().isSpace()) {
+            text = text.mid(1);
         }
-        text = text.mid(first);
         const qsizetype close = text.indexOf(u']');
         if (text.startsWith(u'@') || close < 0) {
             return 0;
@@ -130,16 +129,17 @@ qint32 ParsePid(const QString &input, bool bracketed)
         text = text.left(close);
     }
 
-    const int e = readGroup(text, 2);
-    const int d = readGroup(text, 2);
-    const int c = readGroup(text, 1);
-    const int b = readGroup(text, 3);
+    qsizetype end = text.size();
+    const int e = readGroup(text, end, 2);
+    const int d = readGroup(text, end, 2);
+    const int c = readGroup(text, end, 1);
+    const int b = readGroup(text, end, 3);
     if (e < 0 || d < 0 || c < 0 || b < 0) {
         return 0;
     }
     int a = 0;
-    if (!text.isEmpty()) {
-        a = readGroup(text, 2);
+    if (end > 0) {
+        a = readGroup(text, end, 2);
         if (a < 0) {
             return 0;
         }
