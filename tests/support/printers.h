@@ -29,6 +29,7 @@ inline void PrintTo(const QDateTime &dt, std::ostream *os)
 
 namespace olvex {
 class Value;
-}
-// Defined in printers.cpp of the test main, so this header needs no project include.
-void PrintTo(const olvex::Value &value, std::ostream *os);
+// Beside Value so that gtest finds it; defined in the test main, so this header needs no
+// project include.
+void PrintTo(const Value &value, std::ostream *os);
+} // namespace olvex

@@ -52,8 +52,9 @@ int main(int argc, char **argv)
 }
 
 #include "common/value.h"
+#include "support/printers.h"
 
-void PrintTo(const olvex::Value &value, std::ostream *os)
+void olvex::PrintTo(const olvex::Value &value, std::ostream *os)
 {
     *os << value.debugText().toStdString();
 }

@@ -1,0 +1,187 @@
+// The Qt side of the UI seam, driven for real on the offscreen platform: the message box must
+// default to No on a question, and host file filters must reach QFileDialog in Qt's form.
+#include "common/widgets/qtuiservices.h"
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include <functional>
+
+using namespace olvex;
+
+namespace {
+
+// Runs show() while a timer waits for the modal box to appear and hands it to act. A box that
+// never appears is closed by a safety net so the test fails instead of hanging.
+int withModal(const std::function<int()> &show, const std::function<void(QWidget *)> &act)
+{
+    QTimer poll;
+    poll.setInterval(10);
+    bool acted = false;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        if (QWidget *modal = QApplication::activeModalWidget(); modal && !acted) {
+            acted = true;
+            poll.stop();
+            act(modal);
+        }
+    });
+    QTimer safetyNet;
+    safetyNet.setSingleShot(true);
+    QObject::connect(&safetyNet, &QTimer::timeout, [] {
+        ADD_FAILURE() << "no modal widget appeared";
+        if (auto *dialog = qobject_cast<QDialog *>(QApplication::activeModalWidget())) {
+            dialog->reject();
+        }
+    });
+    poll.start();
+    safetyNet.start(20000);
+    const int result = show();
+    EXPECT_TRUE(acted);
+    return result;
+}
+
+} // namespace
+
+TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
+{
+    struct Case
+    {
+        const char *name;
+        int style;
+        QMessageBox::Icon icon;
+        QMessageBox::StandardButtons buttons;
+        QMessageBox::StandardButton defaultButton;
+        std::function<void(QMessageBox *)> user;
+        int expected;
+    };
+    const auto press = [](int key) {
+        return [key](QMessageBox *box) {
+            QTest::keyClick(box, Qt::Key(key));
+        };
+    };
+    const auto click = [](QMessageBox::StandardButton b) {
+        return [b](QMessageBox *box) {
+            box->button(b)->click();
+        };
+    };
+    const QList<Case> cases = {
+        {"question, Enter takes the default No", 52, QMessageBox::Warning,
+         QMessageBox::Yes | QMessageBox::No, QMessageBox::No, press(Qt::Key_Return),
+         MessageBoxAnswer::No},
+        {"question, Escape means No", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
+         QMessageBox::No, press(Qt::Key_Escape), MessageBoxAnswer::No},
+        {"question, Yes clicked", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
+         QMessageBox::No, click(QMessageBox::Yes), MessageBoxAnswer::Yes},
+        {"warning", 48, QMessageBox::Warning, QMessageBox::Ok, QMessageBox::Ok,
+         press(Qt::Key_Return), MessageBoxAnswer::Ok},
+        {"information, Escape", 64, QMessageBox::Information, QMessageBox::Ok, QMessageBox::Ok,
+         press(Qt::Key_Escape), MessageBoxAnswer::Ok},
+    };
+    QtUiServices ui;
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        QString seenText;
+        QString seenTitle;
+        const int answer = withModal(
+            [&] {
+                return ui.ShowMessageBox(QStringLiteral("<b>A & B</b>\r\nsecond line"), c.style,
+                                         QStringLiteral("Span Gas"));
+            },
+            [&](QWidget *modal) {
+                auto *box = qobject_cast<QMessageBox *>(modal);
+                ASSERT_NE(box, nullptr);
+                EXPECT_EQ(box->icon(), c.icon);
+                EXPECT_EQ(box->standardButtons(), c.buttons);
+                EXPECT_EQ(box->standardButton(box->defaultButton()), c.defaultButton);
+                EXPECT_EQ(box->textFormat(), Qt::PlainText);
+                seenText = box->text();
+                seenTitle = box->windowTitle();
+                c.user(box);
+            });
+        EXPECT_EQ(answer, c.expected);
+        EXPECT_EQ(seenText, QStringLiteral("<b>A & B</b>\nsecond line"));
+        EXPECT_EQ(seenTitle, QStringLiteral("Span Gas"));
+    }
+}
+
+TEST(QtUiServices, RunModalReturnsTheDialogsResult)
+{
+    QtUiServices ui;
+    QDialog dialog;
+    const int result = withModal([&] { return ui.runModal(dialog); },
+                                 [](QWidget *modal) {
+                                     if (auto *d = qobject_cast<QDialog *>(modal)) {
+                                         d->accept();
+                                     }
+                                 });
+    EXPECT_EQ(result, QDialog::Accepted);
+}
+
+TEST(QtUiServices, FileFilterConversion)
+{
+    struct Case
+    {
+        QString host;
+        QString qt;
+    };
+    const QList<Case> cases = {
+        {QStringLiteral("CSV Files (*.csv)|*.csv|All Files (*.*)|*.*"),
+         QStringLiteral("CSV Files (*.csv);;All Files (*.*)")},
+        // Description without its patterns: they are appended.
+        {QStringLiteral("Settings|*.csv"), QStringLiteral("Settings (*.csv)")},
+        // Several patterns: Qt separates them with blanks, not semicolons.
+        {QStringLiteral("Text (*.txt;*.log)|*.txt;*.log"), QStringLiteral("Text (*.txt *.log)")},
+        {QStringLiteral("Text|*.txt; *.log"), QStringLiteral("Text (*.txt *.log)")},
+        // Parentheses that are not the patterns stay part of the description.
+        {QStringLiteral("Exports (old)|*.csv"), QStringLiteral("Exports (old) (*.csv)")},
+        // A description with no pattern after it matches everything.
+        {QStringLiteral("Anything"), QStringLiteral("Anything (*)")},
+        {QString(), QString()},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(toQtFileFilter(c.host), c.qt) << c.host.toStdString();
+    }
+}
+
+TEST(QtUiServices, SecurityRefusesUntilTheHostSuppliesAFactory)
+{
+    class AllowingSecurity : public Security
+    {
+    public:
+        void Initialize(const QString &, const QString &, const QString &, const QString &,
+                        const QString &, int) override
+        {}
+        bool CanChangeSetting(qint32, bool) override { return true; }
+    };
+
+    auto &ui = UiServices::qt();
+    EXPECT_EQ(&UiServices::resolve(nullptr), &ui);
+    auto refusing = ui.createSecurity();
+    refusing->Initialize({}, {}, {}, {}, QStringLiteral("WS1"), 0);
+    EXPECT_FALSE(refusing->CanChangeSetting(1000201, true));
+
+    setSecurityFactory([] { return std::make_shared<AllowingSecurity>(); });
+    EXPECT_TRUE(ui.createSecurity()->CanChangeSetting(1000201, true));
+    setSecurityFactory(nullptr);
+    EXPECT_FALSE(ui.createSecurity()->CanChangeSetting(1000201, true));
+}
+
+TEST(QtUiServices, ApplicationTitleFallsBackToTheApplicationName)
+{
+    const QString oldName = QCoreApplication::applicationName();
+    const QString oldDisplay = QGuiApplication::applicationDisplayName();
+    QCoreApplication::setApplicationName(QStringLiteral("olvex-monitor"));
+    QGuiApplication::setApplicationDisplayName(QString());
+    EXPECT_EQ(UiServices::qt().applicationTitle(), QStringLiteral("olvex-monitor"));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Olvex Monitor"));
+    EXPECT_EQ(UiServices::qt().applicationTitle(), QStringLiteral("Olvex Monitor"));
+    QGuiApplication::setApplicationDisplayName(oldDisplay);
+    QCoreApplication::setApplicationName(oldName);
+}
