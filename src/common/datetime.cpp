@@ -5,6 +5,7 @@
 
 #include <QLocale>
 
+#include <algorithm>
 #include <cmath>
 
 namespace olvex {
@@ -53,45 +54,95 @@ QString withFourDigitYear(const QString &pattern)
     return out;
 }
 
-std::optional<QDateTime> tryFormats(const QString &text, const QStringList &formats,
-                                    const QLocale &locale)
+// The formats an operator's text is read with, built once per locale.
+struct ReadFormats
 {
-    for (const QString &format : formats) {
-        QDateTime dt = locale.toDateTime(text, format);
-        if (!dt.isValid()) {
-            continue;
+    QString localeName;
+    QStringList dates;
+    QStringList times;
+};
+
+const ReadFormats &readFormats()
+{
+    thread_local ReadFormats cached;
+    const QLocale locale;
+    if (cached.localeName != locale.name() || cached.dates.isEmpty()) {
+        cached.localeName = locale.name();
+        cached.dates = {QStringLiteral("yyyy-MM-dd"), QStringLiteral("yyyy/MM/dd"),
+                        QStringLiteral("yyyy-M-d"), QStringLiteral("yyyy/M/d")};
+        const QString shortDate = locale.dateFormat(QLocale::ShortFormat);
+        cached.dates << withFourDigitYear(shortDate) << shortDate
+                     << locale.dateFormat(QLocale::LongFormat);
+        cached.dates.removeDuplicates();
+        cached.times = {QStringLiteral("H:mm"),
+                        QStringLiteral("H:mm:ss"),
+                        QStringLiteral("H:mm:ss.z"),
+                        QStringLiteral("h:mm AP"),
+                        QStringLiteral("h:mm:ss AP"),
+                        QStringLiteral("h AP"),
+                        QStringLiteral("h:mmAP"),
+                        QStringLiteral("h:mm:ssAP"),
+                        withoutTimeZone(locale.timeFormat(QLocale::ShortFormat)),
+                        withoutTimeZone(locale.timeFormat(QLocale::LongFormat))};
+        cached.times.removeDuplicates();
+    }
+    return cached;
+}
+
+std::optional<QDate> readDate(const QString &text, const ReadFormats &formats)
+{
+    for (const QLocale &locale : {QLocale::c(), QLocale()}) {
+        for (const QString &format : formats.dates) {
+            QDate d = locale.toDate(text, format);
+            if (!d.isValid()) {
+                continue;
+            }
+            // A two-digit year reads into the window 1930-2029.
+            if (format.contains(u"yy") && !format.contains(u"yyyy") && d.year() < 1930) {
+                d = d.addYears(100);
+            }
+            return d;
         }
-        // A two-digit year reads into the window 1930-2029.
-        if (format.contains(u"yy") && !format.contains(u"yyyy") && dt.date().year() < 1930) {
-            dt = dt.addYears(100);
-        }
-        return dt;
     }
     return std::nullopt;
 }
 
-QStringList dateFormats()
+std::optional<QTime> readTime(const QString &text, const ReadFormats &formats)
 {
-    const QLocale locale;
-    QStringList formats{QStringLiteral("yyyy-MM-dd"), QStringLiteral("yyyy/MM/dd"),
-                        QStringLiteral("yyyy-M-d"), QStringLiteral("yyyy/M/d")};
-    const QString shortDate = locale.dateFormat(QLocale::ShortFormat);
-    formats << withFourDigitYear(shortDate) << shortDate << locale.dateFormat(QLocale::LongFormat);
-    formats.removeDuplicates();
-    return formats;
+    const QString upper = text.toUpper(); // "am" reads like "AM"
+    for (const QLocale &locale : {QLocale::c(), QLocale()}) {
+        for (const QString &format : formats.times) {
+            const QTime t = locale.toTime(upper, format);
+            if (t.isValid()) {
+                return t;
+            }
+        }
+    }
+    return std::nullopt;
 }
 
-QStringList timeFormats()
+// Where the time of day starts in a simplified text: at the first word holding ":", or at a
+// trailing "9 AM" pair; -1 when there is no time part.
+qsizetype timeStart(const QStringList &words)
 {
-    const QLocale locale;
-    QStringList formats{QStringLiteral("H:mm"),         QStringLiteral("H:mm:ss"),
-                        QStringLiteral("H:mm:ss.z"),    QStringLiteral("h:mm AP"),
-                        QStringLiteral("h:mm:ss AP"),   QStringLiteral("h AP"),
-                        QStringLiteral("h:mmAP"),       QStringLiteral("h:mm:ssAP"),
-                        withoutTimeZone(locale.timeFormat(QLocale::ShortFormat)),
-                        withoutTimeZone(locale.timeFormat(QLocale::LongFormat))};
-    formats.removeDuplicates();
-    return formats;
+    for (qsizetype i = 0; i < words.size(); ++i) {
+        if (words[i].contains(u':')) {
+            return i;
+        }
+    }
+    if (words.size() >= 2) {
+        const QLocale locale;
+        const QString last = words.back().toUpper();
+        const bool designator = last == u"AM" || last == u"PM"
+                                || last == locale.amText().toUpper()
+                                || last == locale.pmText().toUpper();
+        bool number = false;
+        words[words.size() - 2].toInt(&number);
+        if (designator && number) {
+            return words.size() - 2;
+        }
+    }
+    return -1;
 }
 
 } // namespace
@@ -159,39 +210,38 @@ bool localeUses12Hour()
 
 std::optional<QDateTime> parseDateText(const QString &text)
 {
-    const QString t = text.simplified();
-    if (t.isEmpty()) {
+    QString t = text.simplified();
+    if (t.isEmpty() || std::none_of(t.cbegin(), t.cend(), [](QChar c) { return c.isDigit(); })) {
         return std::nullopt;
     }
-    const QLocale locale;
-    const QLocale c = QLocale::c();
-    const QStringList dates = dateFormats();
-    const QStringList times = timeFormats();
-
-    for (const QString &candidate : {t, t.toUpper()}) {
-        for (const QLocale &l : {c, locale}) {
-            if (auto d = tryFormats(candidate, dates, l)) {
-                return d;
-            }
-            QStringList both;
-            for (const QString &df : dates) {
-                for (const QString &tf : times) {
-                    both << df + u' ' + tf;
-                }
-                both << df + QStringLiteral("'T'HH:mm:ss") << df + QStringLiteral("'T'HH:mm");
-            }
-            if (auto d = tryFormats(candidate, both, l)) {
-                return d;
-            }
-            for (const QString &tf : times) {
-                const QTime time = l.toTime(candidate, tf);
-                if (time.isValid()) {
-                    return QDateTime(zeroDate().date(), time);
-                }
-            }
-        }
+    // ISO "2024-05-01T13:45:10": the T separates date and time like a blank.
+    const qsizetype tee = t.indexOf(u'T');
+    if (tee > 0 && tee + 1 < t.size() && t[tee - 1].isDigit() && t[tee + 1].isDigit()) {
+        t[tee] = u' ';
     }
-    return std::nullopt;
+    const ReadFormats &formats = readFormats();
+    const QStringList words = t.split(u' ');
+    const qsizetype split = timeStart(words);
+    const QString datePart = words.mid(0, split < 0 ? words.size() : split).join(u' ');
+    const QString timePart = split < 0 ? QString() : words.mid(split).join(u' ');
+
+    QDate date = zeroDate().date();
+    if (!datePart.isEmpty()) {
+        const auto d = readDate(datePart, formats);
+        if (!d) {
+            return std::nullopt;
+        }
+        date = *d;
+    }
+    QTime time(0, 0);
+    if (!timePart.isEmpty()) {
+        const auto tm = readTime(timePart, formats);
+        if (!tm) {
+            return std::nullopt;
+        }
+        time = *tm;
+    }
+    return QDateTime(date, time);
 }
 
 QDateTime Now()
