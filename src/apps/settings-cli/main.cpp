@@ -1,0 +1,73 @@
+// olvex-settings: the headless command line of a site. One subcommand per table row; each lives
+// in the file of its group (sitecommands.cpp, parametercommands.cpp, ...).
+#include "cliutil.h"
+#include "commands.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+#include <iterator>
+
+namespace {
+
+using namespace olvex::cli;
+
+struct Command
+{
+    const char *name;
+    CommandFunction run;
+    const char *summary;
+};
+
+const Command kCommands[] = {
+    {"init-demo", initDemoCommand, "create the demo site (--site SITE [--scale N] [--force])"},
+    {"info", infoCommand, "site id and parameter counts by type (--site SITE)"},
+    {"list", listCommand, "PID, type and name of parameters (--site SITE [--type CODE])"},
+    {"get", getCommand, "values as the settings list shows them (--site SITE PID...)"},
+    {"set", setCommand, "change a setting (--site SITE --user USER PID VALUE)"},
+    {"export", exportCommand, "save every setting to a CSV file (--site SITE FILE)"},
+    {"import", importCommand, "load a CSV file (--site SITE --user USER [--dry-run] FILE)"},
+};
+
+void printUsage(QTextStream &stream)
+{
+    stream << "Usage: " << kProgram << " COMMAND [options]\n\n"
+           << "The command line of an Olvex site. A site is a file path, sqlite:PATH or a\n"
+           << "postgresql:// URI. Exit codes: 0 done, 1 failed, 2 usage, 3 refused for lack of\n"
+           << "privilege.\n\nCommands:\n";
+    for (const Command &command : kCommands) {
+        stream << "  " << QString::fromLatin1(command.name).leftJustified(11) << command.summary
+               << '\n';
+    }
+    stream << "\n" << kProgram << " COMMAND --help shows a command's options.\n";
+    stream.flush();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(kProgram);
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    QStringList args = QCoreApplication::arguments();
+    args.removeFirst();
+    if (args.isEmpty()) {
+        printUsage(err);
+        return ExitCode::Usage;
+    }
+    const QString name = args.first();
+    if (name == u"--help" || name == u"-h" || name == u"help") {
+        printUsage(out);
+        return ExitCode::Ok;
+    }
+    for (const Command &command : kCommands) {
+        if (name == QLatin1StringView(command.name)) {
+            return command.run(args, out, err);
+        }
+    }
+    complain(err, u"unknown command '" + name + u"' (see " + kProgram + u" --help)",
+             ExitCode::Usage);
+    return ExitCode::Usage;
+}

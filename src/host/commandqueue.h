@@ -1,0 +1,110 @@
+#pragma once
+
+#include "common/value.h"
+#include "host/sitestore.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QString>
+
+#include <chrono>
+#include <optional>
+
+namespace olvex {
+
+// The two queues between the operator's programs and the data acquisition service, kept in the
+// site store: command records (PostMessageRecord) and pending value writes (SetValues mode 3).
+//
+// Life of an item: queued -> claimed (by one worker, until its lease runs out) -> done or
+// failed. A claim whose lease ran out (its service died) is claimed again by the next worker
+// that asks; `attempts` counts the claims. Completing checks that the caller still holds the
+// claim, so an item is carried out to the end by exactly one worker, and completing an item
+// twice changes nothing.
+//
+// The service's loop, on either backend:
+//     CommandQueue queue(*store);
+//     while (auto write = queue.claimPendingWrite(workerId, 30s))
+//         queue.applyPendingWrite(*write, workerId);       // value, audit, done: one transaction
+//     while (auto record = queue.claimCommand(workerId, 30s)) {
+//         Transaction t(store->sql(), SqlConnection::TransactionKind::Write);
+//         ... carry the record out through the store ...
+//         queue.completeCommand(record->id, workerId, true, QStringLiteral("done"));
+//         t.commit();                                       // effects and state together
+//     }
+// SQLite claims in one BEGIN IMMEDIATE transaction; PostgreSQL with FOR UPDATE SKIP LOCKED, so
+// several services on one site never take the same item.
+struct QueueItem
+{
+    enum class State { Queued, Claimed, Done, Failed };
+
+    qint64 id = 0;
+    State state = State::Queued;
+    QString userName;
+    QString clientName;
+    QString clientAddress;
+    QDateTime postedAt;
+    QString claimedBy;
+    QDateTime claimedUntil;
+    int attempts = 0;
+    QDateTime doneAt;
+    QString result;
+};
+
+struct CommandRecord : QueueItem
+{
+    QString siteId;
+    QString recordType;
+    QString text;
+    QString sourceCode;
+};
+
+struct PendingWrite : QueueItem
+{
+    qint32 pid = 0;
+    Value value;
+};
+
+QString stateName(QueueItem::State state);
+
+class CommandQueue
+{
+public:
+    explicit CommandQueue(SiteStore &store)
+        : m_store(store)
+    {}
+
+    // Posts a command record for the service; returns its id.
+    qint64 postCommand(const QString &siteId, const QString &recordType, const QString &text,
+                       const QString &sourceCode, const Actor &who);
+
+    // The oldest item that is queued or whose lease has run out, now claimed by worker until
+    // now + lease; nullopt when there is none.
+    std::optional<CommandRecord> claimCommand(const QString &worker,
+                                              std::chrono::milliseconds lease);
+    std::optional<PendingWrite> claimPendingWrite(const QString &worker,
+                                                  std::chrono::milliseconds lease);
+
+    // Extends a claim still held by worker; false when it is no longer the worker's.
+    bool renewCommandLease(qint64 id, const QString &worker, std::chrono::milliseconds lease);
+
+    // Marks a claimed record done (succeeded) or failed with its result text. False, and
+    // nothing changed, when worker no longer holds the claim (it expired and another worker
+    // took it, or the record is finished already).
+    bool completeCommand(qint64 id, const QString &worker, bool succeeded, const QString &result);
+
+    // Applies a claimed write in one transaction: the current value, its audit row, the write
+    // marked done (so the setting no longer reads change-pending), and, for a cylinder's
+    // component gas, the cylinder's gas list (-312). False, and nothing changed, when worker no
+    // longer holds the claim.
+    bool applyPendingWrite(const PendingWrite &write, const QString &worker);
+    bool failPendingWrite(qint64 id, const QString &worker, const QString &reason);
+
+    // Items, oldest first; all states when state is nullopt.
+    QList<CommandRecord> commands(std::optional<QueueItem::State> state = std::nullopt);
+    QList<PendingWrite> pendingWrites(std::optional<QueueItem::State> state = std::nullopt);
+
+private:
+    SiteStore &m_store;
+};
+
+} // namespace olvex

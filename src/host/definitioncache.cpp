@@ -1,0 +1,112 @@
+#include "host/definitioncache.h"
+
+#include <algorithm>
+
+namespace olvex {
+
+DefinitionCache::DefinitionCache(std::shared_ptr<SiteStore> store)
+    : m_store(std::move(store))
+{}
+
+void DefinitionCache::revalidate()
+{
+    const auto [revision, alternative] = m_store->revisionAndState();
+    m_alternativeState = alternative;
+    if (revision != m_revision) {
+        clear();
+        m_revision = revision;
+    }
+}
+
+void DefinitionCache::clear()
+{
+    if (!m_records.isEmpty() || !m_loadedTypes.isEmpty()) {
+        ++m_generation;
+    }
+    m_records.clear();
+    m_pidsByType.clear();
+    m_loadedTypes.clear();
+}
+
+QList<DefinitionCache::Record> DefinitionCache::ofTypes(const QList<int> &types)
+{
+    if (m_revision < 0) {
+        revalidate();
+    }
+    QList<int> missing;
+    for (const int type : types) {
+        if (!m_loadedTypes.contains(type) && !missing.contains(type)) {
+            missing.append(type);
+        }
+    }
+    if (!missing.isEmpty()) {
+        QList<ParameterRecord> loaded = m_store->parametersOfTypes(missing);
+        for (ParameterRecord &record : loaded) {
+            const qint32 pid = record.pid;
+            const int type = record.type;
+            m_pidsByType[type].append(pid);
+            auto shared = std::make_shared<const ParameterRecord>(std::move(record));
+            m_records.insert(pid, std::move(shared));
+        }
+        for (const int type : missing) {
+            m_loadedTypes.insert(type);
+            m_pidsByType[type]; // an empty list for a type without parameters
+        }
+    }
+    QList<qint32> pids;
+    QSet<int> seen;
+    for (const int type : types) {
+        if (!seen.contains(type)) {
+            seen.insert(type);
+            pids.append(m_pidsByType.value(type));
+        }
+    }
+    if (seen.size() > 1) {
+        std::sort(pids.begin(), pids.end());
+    }
+    QList<Record> records;
+    records.reserve(pids.size());
+    for (const qint32 pid : pids) {
+        if (Record record = m_records.value(pid)) {
+            records.append(std::move(record));
+        }
+    }
+    return records;
+}
+
+DefinitionCache::Record DefinitionCache::find(qint32 pid)
+{
+    if (m_revision < 0) {
+        revalidate();
+    }
+    auto it = m_records.constFind(pid);
+    if (it != m_records.constEnd()) {
+        return *it;
+    }
+    std::optional<ParameterRecord> loaded = m_store->parameter(pid);
+    Record record = loaded ? std::make_shared<const ParameterRecord>(std::move(*loaded)) : nullptr;
+    m_records.insert(pid, record);
+    return record;
+}
+
+void DefinitionCache::attributeWritten(qint32 pid, int number, const Value &value,
+                                       qint64 newRevision)
+{
+    if (newRevision != m_revision + 1) {
+        // Someone else changed definitions too: start afresh at the next fill.
+        clear();
+        m_revision = -1;
+        return;
+    }
+    m_revision = newRevision;
+    auto it = m_records.find(pid);
+    if (it == m_records.end() || !*it) {
+        return;
+    }
+    auto updated = std::make_shared<ParameterRecord>(**it);
+    updated->setAttribute(number, value);
+    *it = std::move(updated);
+    ++m_generation;
+}
+
+} // namespace olvex

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "host/sitestore.h"
+
+#include <QHash>
+#include <QList>
+#include <QSet>
+
+#include <memory>
+
+namespace olvex {
+
+// The definitions a data interface has read, shared by all the parameter objects it hands out.
+// All parameters of a type come in one batch the first time that type is asked for; a single
+// PID missing from the cache costs one query for its whole definition. The cache trusts itself
+// until the site's definition revision moves (another program changed a definition); the data
+// interface checks that at the start of each list fill (GetPidsOfTypes, GetPidDirectory).
+class DefinitionCache
+{
+public:
+    using Record = std::shared_ptr<const ParameterRecord>;
+
+    explicit DefinitionCache(std::shared_ptr<SiteStore> store);
+
+    SiteStore &store() { return *m_store; }
+    const std::shared_ptr<SiteStore> &storePtr() const { return m_store; }
+
+    // One query: drops everything cached when the revision moved; refreshes the alternative
+    // state.
+    void revalidate();
+    bool alternativeState() const { return m_alternativeState; }
+
+    // Definitions of every parameter of the types, ascending by PID.
+    QList<Record> ofTypes(const QList<int> &types);
+    // The definition of pid; null when the PID has none.
+    Record find(qint32 pid);
+
+    // Counted up whenever any cached definition is replaced or dropped: a parameter object
+    // holding a definition of an older generation looks it up again.
+    quint64 generation() const { return m_generation; }
+
+    // After this program wrote an attribute: keeps the cache in step, and keeps trusting it if
+    // nobody else changed a definition in between (the revision moved by exactly one).
+    void attributeWritten(qint32 pid, int number, const Value &value, qint64 newRevision);
+
+private:
+    void clear();
+
+    std::shared_ptr<SiteStore> m_store;
+    QHash<qint32, Record> m_records; // a null record: known to have no definition
+    QHash<int, QList<qint32>> m_pidsByType;
+    QSet<int> m_loadedTypes;
+    qint64 m_revision = -1;
+    bool m_alternativeState = false;
+    quint64 m_generation = 0;
+};
+
+} // namespace olvex

@@ -1,0 +1,139 @@
+#include "host/sitedatainterface.h"
+
+#include "common/error.h"
+#include "host/siteclock.h"
+#include "host/siteparameter.h"
+#include "host/siteservices.h"
+#include "host/storeerrors.h"
+
+#include <QStandardPaths>
+#include <QSysInfo>
+
+namespace olvex {
+
+namespace {
+
+Actor actorFor(SiteStore &store, const HostSession &session)
+{
+    const auto user = store.user(session.userName);
+    if (!user) {
+        throw Error(StoreError::UnknownUser,
+                    u"site " + store.siteId() + u" has no user '" + session.userName + u'\'');
+    }
+    Actor actor;
+    actor.userName = user->name;
+    actor.clientName
+        = session.clientName.isEmpty() ? QSysInfo::machineHostName() : session.clientName;
+    actor.clientAddress
+        = session.clientAddress.isEmpty() ? QStringLiteral("127.0.0.1") : session.clientAddress;
+    return actor;
+}
+
+} // namespace
+
+SiteDataInterface::SiteDataInterface(std::shared_ptr<SiteStore> store, const HostSession &session,
+                                     QObject *parent)
+    : DataInterface(parent)
+    , m_context(std::make_shared<SiteContext>(store, actorFor(*store, session)))
+    , m_clock(std::make_shared<SiteClock>())
+    , m_log(std::make_shared<SiteMessageLog>(m_context))
+{
+    m_exportFolder = session.exportFolder;
+    if (m_exportFolder.isEmpty()) {
+        m_exportFolder = store->site().exportFolder;
+    }
+    if (m_exportFolder.isEmpty()) {
+        m_exportFolder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    }
+    m_context->cache.revalidate();
+}
+
+SiteDataInterface::~SiteDataInterface() = default;
+
+QString SiteDataInterface::ClientName() const
+{
+    return m_context->actor.clientName;
+}
+
+QString SiteDataInterface::ClientAddress() const
+{
+    return m_context->actor.clientAddress;
+}
+
+ConnectionDescription SiteDataInterface::ConnectionSettings() const
+{
+    ConnectionDescription description;
+    description.DataConnection = m_context->store->connectionText();
+    description.DasConnection = m_context->store->connectionText();
+    description.ExportFolder = m_exportFolder;
+    return description;
+}
+
+std::shared_ptr<ClockLibrary> SiteDataInterface::Clock()
+{
+    return m_clock;
+}
+
+QString SiteDataInterface::GetSiteId() const
+{
+    return m_context->store->siteId();
+}
+
+ParameterList SiteDataInterface::GetPidsOfTypes(const QList<int> &types)
+{
+    m_context->cache.revalidate();
+    const QList<DefinitionCache::Record> records = m_context->cache.ofTypes(types);
+    QHash<qint32, LiveState> live = m_context->store->liveStatesOfTypes(types);
+    ParameterList parameters;
+    parameters.reserve(records.size());
+    for (const DefinitionCache::Record &record : records) {
+        auto it = live.find(record->pid);
+        parameters.append(std::make_shared<SiteParameter>(
+            m_context, record, it != live.end() ? std::move(*it) : LiveState{}));
+    }
+    return parameters;
+}
+
+std::shared_ptr<PidDirectory> SiteDataInterface::GetPidDirectory()
+{
+    m_context->cache.revalidate();
+    return std::make_shared<SitePidDirectory>(m_context);
+}
+
+std::shared_ptr<UnitsLookup> SiteDataInterface::GetUnitsLookup()
+{
+    return std::make_shared<SiteUnitsLookup>(m_context);
+}
+
+std::shared_ptr<User> SiteDataInterface::GetUser()
+{
+    auto user = m_context->store->user(m_context->actor.userName);
+    if (!user) {
+        throw Error(StoreError::UnknownUser, u"site " + m_context->store->siteId()
+                                                 + u" no longer has user '"
+                                                 + m_context->actor.userName + u'\'');
+    }
+    return std::make_shared<SiteUser>(std::move(*user));
+}
+
+std::shared_ptr<MessageRecords> SiteDataInterface::GetMessageRecords()
+{
+    return std::make_shared<SiteMessageRecords>(m_context);
+}
+
+int SiteDataInterface::GetChannelKind(int channel)
+{
+    return m_context->store->channelKind(channel);
+}
+
+std::shared_ptr<MessageLog> SiteDataInterface::MessageLog()
+{
+    return m_log;
+}
+
+bool SiteDataInterface::AlternativeState() const
+{
+    return m_context->cache.alternativeState();
+}
+
+} // namespace olvex

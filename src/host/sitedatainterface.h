@@ -1,0 +1,70 @@
+#pragma once
+
+#include "common/host.h"
+#include "host/sitecontext.h"
+
+#include <memory>
+
+namespace olvex {
+
+// Who uses the data interface, and from which computer.
+struct HostSession
+{
+    HostSession() = default;
+    explicit HostSession(QString user)
+        : userName(std::move(user))
+    {}
+
+    QString userName;
+    QString clientName;    // empty: this computer's host name
+    QString clientAddress; // empty: 127.0.0.1
+    QString exportFolder;  // empty: the site's, else the user's documents folder
+};
+
+class SiteClock;
+class SiteMessageLog;
+
+// The data interface over a site store (see sitestore.h for how to open one):
+//     auto store = SiteStore::open(text);
+//     auto di = std::make_shared<SiteDataInterface>(store, HostSession{"operator"});
+// Throws olvex::Error when the site knows no such user. Every read goes through a definition
+// cache that is checked against the site's revision at the start of each list fill, so a list
+// costs a few queries whatever its length; current values are read again on demand.
+class SiteDataInterface final : public DataInterface
+{
+    Q_OBJECT
+public:
+    SiteDataInterface(std::shared_ptr<SiteStore> store, const HostSession &session,
+                      QObject *parent = nullptr);
+    ~SiteDataInterface() override;
+
+    QString ClientName() const override;
+    QString ClientAddress() const override;
+    // The site's own connection text serves both the data and the service connection; there is
+    // no secondary connection.
+    ConnectionDescription ConnectionSettings() const override;
+    std::shared_ptr<ClockLibrary> Clock() override;
+    QString GetSiteId() const override;
+    // Ascending by PID: two queries for the definitions the first time a type is asked for,
+    // one for the live states of the whole list every time.
+    ParameterList GetPidsOfTypes(const QList<int> &types) override;
+    std::shared_ptr<PidDirectory> GetPidDirectory() override;
+    std::shared_ptr<UnitsLookup> GetUnitsLookup() override;
+    // The session's user with the privileges the site grants now.
+    std::shared_ptr<User> GetUser() override;
+    std::shared_ptr<MessageRecords> GetMessageRecords() override;
+    int GetChannelKind(int channel) override;
+    std::shared_ptr<olvex::MessageLog> MessageLog() override;
+    bool AlternativeState() const override;
+
+    const std::shared_ptr<SiteStore> &store() const { return m_context->store; }
+    const Actor &actor() const { return m_context->actor; }
+
+private:
+    std::shared_ptr<SiteContext> m_context;
+    QString m_exportFolder;
+    std::shared_ptr<SiteClock> m_clock;
+    std::shared_ptr<SiteMessageLog> m_log;
+};
+
+} // namespace olvex

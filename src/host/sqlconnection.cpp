@@ -1,0 +1,251 @@
+#include "host/sqlconnection.h"
+
+#include "common/error.h"
+#include "host/storeerrors.h"
+
+#include <QAtomicInteger>
+#include <QFileInfo>
+#include <QSqlDriver>
+#include <QSqlError>
+
+namespace olvex {
+
+namespace {
+
+QString uniqueConnectionName()
+{
+    static QAtomicInteger<quint64> counter;
+    return u"olvex-site-" + QString::number(++counter);
+}
+
+// The first line of a driver message: libpq's texts run over several lines.
+QString firstLine(const QString &text)
+{
+    const QString trimmed = text.trimmed();
+    const qsizetype nl = trimmed.indexOf(u'\n');
+    return (nl < 0 ? trimmed : trimmed.left(nl)).trimmed();
+}
+
+QString errorText(const QSqlError &error)
+{
+    QString text = firstLine(error.databaseText());
+    if (text.isEmpty()) {
+        text = firstLine(error.driverText());
+    }
+    return text.isEmpty() ? QStringLiteral("unknown database error") : text;
+}
+
+} // namespace
+
+SqlConnection::SqlConnection(const ConnectionTarget &target, bool mayCreate)
+    : m_target(target)
+    , m_name(uniqueConnectionName())
+{
+    if (target.isSqlite()) {
+        if (!mayCreate && !QFileInfo::exists(target.filePath)) {
+            throw Error(StoreError::NoSite, u"no site at '" + target.filePath + u"': no such file");
+        }
+        m_db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
+        m_db.setDatabaseName(target.filePath);
+        // Writers queue for the lock instead of failing at once; ten seconds covers a bulk
+        // write of another process.
+        m_db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+    } else {
+        m_db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), m_name);
+        m_db.setHostName(target.host);
+        if (target.port > 0) {
+            m_db.setPort(target.port);
+        }
+        m_db.setDatabaseName(target.database);
+        m_db.setUserName(target.user);
+        m_db.setPassword(target.password);
+        m_db.setConnectOptions(target.connectOptions);
+    }
+    if (!m_db.isValid()) {
+        const QString driver
+            = target.isSqlite() ? QStringLiteral("QSQLITE") : QStringLiteral("QPSQL");
+        m_db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(m_name);
+        throw Error(StoreError::CannotConnect,
+                    u"the Qt SQL driver " + driver + u" is not installed");
+    }
+    if (!m_db.open()) {
+        const QString why = errorText(m_db.lastError());
+        m_db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(m_name);
+        throw Error(StoreError::CannotConnect,
+                    u"cannot open site '" + target.displayText() + u"': " + why);
+    }
+    if (!target.isSqlite()) {
+        // Server notices ("relation exists, skipping") are no business of the operator.
+        execute(QStringLiteral("SET client_min_messages = warning"));
+    }
+}
+
+SqlConnection::~SqlConnection()
+{
+    if (m_depth > 0) {
+        m_depth = 1;
+        rollback();
+    }
+    m_statements.clear();
+    m_db.close();
+    m_db = QSqlDatabase();
+    QSqlDatabase::removeDatabase(m_name);
+}
+
+QSqlQuery &SqlConnection::prepared(const QString &sql)
+{
+    auto it = m_statements.find(sql);
+    if (it != m_statements.end()) {
+        it->second->finish();
+        return *it->second;
+    }
+    auto query = std::make_unique<QSqlQuery>(m_db);
+    query->setForwardOnly(true);
+    if (!query->prepare(sql)) {
+        fail(*query, QStringLiteral("prepare"));
+    }
+    return *m_statements.emplace(sql, std::move(query)).first->second;
+}
+
+QSqlQuery SqlConnection::prepare(const QString &sql)
+{
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (!query.prepare(sql)) {
+        fail(query, QStringLiteral("prepare"));
+    }
+    return query;
+}
+
+void SqlConnection::exec(QSqlQuery &query)
+{
+    ++m_statementsRun;
+    if (!query.exec()) {
+        fail(query, QStringLiteral("run"));
+    }
+}
+
+void SqlConnection::execute(const QString &sql)
+{
+    ++m_statementsRun;
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (!query.exec(sql)) {
+        fail(query, QStringLiteral("run"));
+    }
+}
+
+QVariant SqlConnection::scalar(const QString &sql)
+{
+    ++m_statementsRun;
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (!query.exec(sql)) {
+        fail(query, QStringLiteral("run"));
+    }
+    return query.next() ? query.value(0) : QVariant();
+}
+
+void SqlConnection::begin(TransactionKind kind)
+{
+    if (m_depth++ > 0) {
+        return;
+    }
+    m_rollbackOnly = false;
+    try {
+        if (isSqlite()) {
+            execute(kind == TransactionKind::Write ? QStringLiteral("BEGIN IMMEDIATE")
+                                                   : QStringLiteral("BEGIN"));
+        } else {
+            execute(QStringLiteral("BEGIN"));
+        }
+    } catch (...) {
+        m_depth = 0;
+        throw;
+    }
+}
+
+void SqlConnection::commit()
+{
+    if (m_depth <= 0) {
+        return;
+    }
+    if (--m_depth > 0) {
+        return;
+    }
+    if (m_rollbackOnly) {
+        m_depth = 1;
+        rollback();
+        throw Error(StoreError::SqlFailed,
+                    QStringLiteral("the transaction was rolled back after an inner failure"));
+    }
+    for (auto &[sql, query] : m_statements) {
+        query->finish();
+    }
+    try {
+        execute(QStringLiteral("COMMIT"));
+    } catch (...) {
+        m_depth = 1;
+        rollback();
+        throw;
+    }
+}
+
+void SqlConnection::rollback() noexcept
+{
+    if (m_depth <= 0) {
+        return;
+    }
+    if (--m_depth > 0) {
+        // An inner scope failed: the outermost one may not commit what is left.
+        m_rollbackOnly = true;
+        return;
+    }
+    for (auto &[sql, query] : m_statements) {
+        query->finish();
+    }
+    QSqlQuery query(m_db);
+    query.exec(QStringLiteral("ROLLBACK"));
+    m_rollbackOnly = false;
+}
+
+QString SqlConnection::dialect(QString sql) const
+{
+    sql.replace(QStringLiteral("%ID%"),
+                isSqlite() ? QStringLiteral("INTEGER PRIMARY KEY AUTOINCREMENT")
+                           : QStringLiteral("BIGINT GENERATED BY DEFAULT AS IDENTITY PRIMARY KEY"));
+    return sql;
+}
+
+void SqlConnection::fail(const QSqlQuery &query, const QString &what) const
+{
+    QString statement = query.lastQuery().simplified();
+    if (statement.size() > 80) {
+        statement = statement.left(77) + u"...";
+    }
+    throw Error(StoreError::SqlFailed, u"site store: cannot " + what + u" \"" + statement + u"\": "
+                                           + errorText(query.lastError()));
+}
+
+Transaction::Transaction(SqlConnection &connection, SqlConnection::TransactionKind kind)
+    : m_connection(connection)
+{
+    m_connection.begin(kind);
+}
+
+Transaction::~Transaction()
+{
+    if (m_open) {
+        m_connection.rollback();
+    }
+}
+
+void Transaction::commit()
+{
+    m_open = false;
+    m_connection.commit();
+}
+
+} // namespace olvex

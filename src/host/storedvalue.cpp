@@ -1,0 +1,235 @@
+#include "host/storedvalue.h"
+
+#include "common/error.h"
+#include "host/storeerrors.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLocale>
+
+#include <cmath>
+
+namespace olvex {
+
+namespace {
+
+constexpr int kKindCount = 8;
+
+[[noreturn]] void damaged(int kind, const QString &text)
+{
+    QString shown = text.left(40);
+    throw Error(StoreError::SqlFailed, u"site store: unreadable stored value (kind "
+                                           + QString::number(kind) + u", \"" + shown + u"\")");
+}
+
+// Two-digit and four-digit fields of the fixed date-time layout, without the cost of a
+// general parser: reading every current value of a large site goes through here.
+int digits(QStringView text, qsizetype at, qsizetype count, bool &ok)
+{
+    int n = 0;
+    for (qsizetype i = at; i < at + count; ++i) {
+        const char16_t c = text[i].unicode();
+        if (c < u'0' || c > u'9') {
+            ok = false;
+            return 0;
+        }
+        n = n * 10 + (c - u'0');
+    }
+    return n;
+}
+
+QString doubleToText(double d)
+{
+    if (std::isnan(d)) {
+        return QStringLiteral("nan");
+    }
+    if (std::isinf(d)) {
+        return d > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
+    }
+    return QString::number(d, 'g', QLocale::FloatingPointShortest);
+}
+
+std::optional<double> doubleFromText(const QString &text)
+{
+    if (text == u"nan") {
+        return std::nan("");
+    }
+    if (text == u"inf") {
+        return HUGE_VAL;
+    }
+    if (text == u"-inf") {
+        return -HUGE_VAL;
+    }
+    bool ok = false;
+    const double d = text.toDouble(&ok);
+    return ok ? std::optional<double>(d) : std::nullopt;
+}
+
+QString encodeArray(const Value &value)
+{
+    QJsonArray array;
+    for (const Value &element : value.toArray()) {
+        const StoredValue stored = encodeValue(element);
+        QJsonArray pair{stored.kind};
+        if (!stored.text.isNull()) {
+            pair.append(stored.text.toString());
+        }
+        array.append(pair);
+    }
+    return QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Compact));
+}
+
+Value decodeArray(const QString &text)
+{
+    QJsonParseError error{};
+    const QJsonDocument doc = QJsonDocument::fromJson(text.toUtf8(), &error);
+    if (error.error != QJsonParseError::NoError || !doc.isArray()) {
+        damaged(int(Value::Kind::Array), text);
+    }
+    QList<Value> elements;
+    const QJsonArray array = doc.array();
+    elements.reserve(array.size());
+    for (const QJsonValue &item : array) {
+        const QJsonArray pair = item.toArray();
+        if (pair.isEmpty() || !pair.at(0).isDouble()) {
+            damaged(int(Value::Kind::Array), text);
+        }
+        const int kind = pair.at(0).toInt();
+        elements.append(pair.size() > 1 ? decodeValue(kind, pair.at(1).toString())
+                                        : decodeValue(kind, QString()));
+    }
+    return Value(std::move(elements));
+}
+
+} // namespace
+
+QString dateTimeText(const QDateTime &value)
+{
+    if (!value.isValid()) {
+        return QString();
+    }
+    QString text
+        = value.date().toString(u"yyyy-MM-dd") + u'T' + value.time().toString(u"HH:mm:ss.zzz");
+    if (value.timeSpec() == Qt::UTC) {
+        text += u'Z';
+    }
+    return text;
+}
+
+QDateTime dateTimeFromText(const QString &text)
+{
+    // yyyy-MM-ddTHH:mm:ss.zzz[Z]
+    if (text.size() != 23 && text.size() != 24) {
+        return QDateTime();
+    }
+    bool ok = true;
+    const QStringView v(text);
+    const int year = digits(v, 0, 4, ok);
+    const int month = digits(v, 5, 2, ok);
+    const int day = digits(v, 8, 2, ok);
+    const int hour = digits(v, 11, 2, ok);
+    const int minute = digits(v, 14, 2, ok);
+    const int second = digits(v, 17, 2, ok);
+    const int ms = digits(v, 20, 3, ok);
+    if (!ok) {
+        return QDateTime();
+    }
+    const QDate date(year, month, day);
+    const QTime time(hour, minute, second, ms);
+    if (!date.isValid() || !time.isValid()) {
+        return QDateTime();
+    }
+    return text.size() == 24 ? QDateTime(date, time, Qt::UTC) : QDateTime(date, time);
+}
+
+StoredValue encodeValue(const Value &value)
+{
+    StoredValue stored;
+    stored.kind = int(value.kind());
+    switch (value.kind()) {
+    case Value::Kind::Empty:
+    case Value::Kind::Null:
+        stored.text = QVariant(QMetaType(QMetaType::QString));
+        break;
+    case Value::Kind::Boolean:
+        stored.text = value.isTrue() ? QStringLiteral("1") : QStringLiteral("0");
+        break;
+    case Value::Kind::Integer:
+        stored.text = QString::number(*value.toInteger());
+        break;
+    case Value::Kind::Double:
+        stored.text = doubleToText(*value.toDouble());
+        break;
+    case Value::Kind::Text:
+        stored.text = value.toText();
+        break;
+    case Value::Kind::DateTime:
+        stored.text = dateTimeText(*value.toDateTime());
+        break;
+    case Value::Kind::Array:
+        stored.text = encodeArray(value);
+        break;
+    }
+    return stored;
+}
+
+Value decodeValue(int kind, const QString &text)
+{
+    switch (kind) {
+    case int(Value::Kind::Empty):
+        return Value();
+    case int(Value::Kind::Null):
+        return Value::null();
+    case int(Value::Kind::Boolean):
+        return Value(text == u"1");
+    case int(Value::Kind::Integer): {
+        bool ok = false;
+        const qint64 n = text.toLongLong(&ok);
+        if (!ok) {
+            damaged(kind, text);
+        }
+        return Value(n);
+    }
+    case int(Value::Kind::Double): {
+        const auto d = doubleFromText(text);
+        if (!d) {
+            damaged(kind, text);
+        }
+        return Value(*d);
+    }
+    case int(Value::Kind::Text):
+        return Value(text);
+    case int(Value::Kind::DateTime): {
+        const QDateTime dt = dateTimeFromText(text);
+        if (!dt.isValid() && !text.isEmpty()) {
+            damaged(kind, text);
+        }
+        return Value(dt);
+    }
+    case int(Value::Kind::Array):
+        return decodeArray(text);
+    default:
+        damaged(kind, text);
+    }
+    static_assert(int(Value::Kind::Array) == kKindCount - 1);
+}
+
+Value decodeValue(int kind, const QVariant &text)
+{
+    return decodeValue(kind, text.toString());
+}
+
+qint64 toStoreTime(const QDateTime &time)
+{
+    return time.toMSecsSinceEpoch();
+}
+
+QDateTime fromStoreTime(const QVariant &ms)
+{
+    if (ms.isNull()) {
+        return QDateTime();
+    }
+    return QDateTime::fromMSecsSinceEpoch(ms.toLongLong());
+}
+
+} // namespace olvex

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "common/value.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QVariant>
+
+namespace olvex {
+
+// A Value as the store keeps it: its kind in one column and its content as text in another,
+// so every kind comes back exactly (Null is not Empty, 1 is not 1.0, a date stays a date):
+//   Empty, Null   no text (SQL NULL)
+//   Boolean       "1" or "0"
+//   Integer       decimal digits
+//   Double        the shortest text that reads back to the same double ("inf", "nan" too)
+//   Text          as it stands
+//   DateTime      "yyyy-MM-ddTHH:mm:ss.zzz" local calendar time ("Z" appended for UTC values;
+//                 empty text for an invalid date-time)
+//   Array         a JSON array of [kind, text] pairs, elements encoded by these same rules
+// The kind numbers are Value::Kind's and are part of the file format: never renumber them.
+struct StoredValue
+{
+    int kind = 0;
+    QVariant text; // a null QString for Empty and Null
+};
+
+StoredValue encodeValue(const Value &value);
+// Throws olvex::Error (StoreError::SqlFailed) for an unknown kind or unreadable text: a site
+// that holds such a value was damaged outside this program.
+Value decodeValue(int kind, const QString &text);
+Value decodeValue(int kind, const QVariant &text);
+
+// Text for a NOT NULL column: Qt binds a null QString as SQL NULL, an empty one as ''.
+inline QString notNull(const QString &text)
+{
+    return text.isNull() ? QStringLiteral("") : text;
+}
+
+// Points in time of the queue and the logs: milliseconds since the epoch (UTC), comparable in
+// SQL on both backends.
+qint64 toStoreTime(const QDateTime &time);
+QDateTime fromStoreTime(const QVariant &ms);
+
+// Local date-time texts of current values ("yyyy-MM-ddTHH:mm:ss.zzz").
+QString dateTimeText(const QDateTime &value);
+QDateTime dateTimeFromText(const QString &text);
+
+} // namespace olvex
