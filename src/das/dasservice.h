@@ -1,0 +1,145 @@
+#pragma once
+
+#include "das/commandhandlers.h"
+#include "host/commandqueue.h"
+#include "host/sitestore.h"
+
+#include <QHash>
+#include <QMetaType>
+#include <QString>
+
+#include <array>
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace olvex {
+
+struct DasOptions
+{
+    // Who owns the claims; empty: makeWorkerId().
+    QString workerId;
+    // How long a claim holds before another service may take the item again. A service that
+    // dies leaves its claims behind for this long.
+    std::chrono::milliseconds lease{30000};
+    // Receives every line the service writes to the site's message log, and the lines it could
+    // not write there (the program points it at stderr).
+    std::function<void(int severity, const QString &line)> logSink;
+    // After a few failed steps in a row, open the site again from its connection text (a
+    // database server that restarted drops its connections for good). Only for a service that
+    // has the store to itself: the window's service shares the window's.
+    bool reopenStore = false;
+};
+
+// What became of one item.
+struct DasResult
+{
+    enum class Kind { ValueWrite, Command };
+
+    Kind kind = Kind::ValueWrite;
+    qint64 id = 0;
+    bool succeeded = false;
+    // The record's result text ("applied", a handler's message, the reason it failed).
+    QString result;
+    // The line written to the message log.
+    QString line;
+};
+
+// The data acquisition service's side of the two queues: it claims pending value writes and
+// command records one at a time, carries each out against the store and records the result.
+//
+// Every item is carried out exactly once:
+// - SQLite: claim, effects, result and log line are one write transaction. Whatever stops the
+//   service half way (a crash, SIGKILL, a full disk) rolls all of it back, and the item is
+//   simply still queued.
+// - PostgreSQL: the claim commits on its own (FOR UPDATE SKIP LOCKED, with a lease), so several
+//   services share the queue without taking the same item. The effects and the result commit
+//   together in a second transaction that first checks, and locks, the claim; a claim that was
+//   lost meanwhile (the lease ran out and another service took the item) changes nothing. A
+//   claim of a service that died is taken again once its lease has run out.
+//
+// An item that cannot be carried out (no handler for its action, a malformed record, an error
+// of its own) is marked failed with the reason, never dropped; a store failure is retried on
+// later steps, and marks the item failed once it has happened a few times for that item.
+//
+// A service is one connection's worth of work: use it from the thread that opened the store.
+class DasService
+{
+public:
+    explicit DasService(std::shared_ptr<SiteStore> store, DasOptions options = DasOptions());
+    ~DasService();
+    DasService(const DasService &) = delete;
+    DasService &operator=(const DasService &) = delete;
+
+    // One step: claims the next item (value writes and command records take turns) and carries
+    // it out. 1: an item was finished (done or failed); 0: nothing could be claimed; -1: the step
+    // failed (the error is logged and in lastError(); the item is tried again later). Never
+    // throws.
+    int runOnce() noexcept;
+
+    // Items queued or claimed by anyone, on this site: what a drain waits for. Throws
+    // olvex::Error when the store cannot be read.
+    int outstanding();
+
+    CommandHandlers &handlers() { return m_handlers; }
+    const QString &workerId() const { return m_workerId; }
+    std::chrono::milliseconds lease() const { return m_options.lease; }
+    // The store the service works on (another one after it reopened the site).
+    SiteStore &store() { return *m_store; }
+    QString lastError() const { return m_lastError; }
+
+    // Called after each finished item, once its result is committed.
+    void setResultObserver(std::function<void(const DasResult &)> observer);
+
+private:
+    struct ItemKey
+    {
+        DasResult::Kind kind;
+        qint64 id;
+        bool operator==(const ItemKey &other) const = default;
+    };
+    friend size_t qHash(const ItemKey &key, size_t seed) noexcept
+    {
+        return qHashMulti(seed, int(key.kind), key.id);
+    }
+    struct Failure
+    {
+        int count = 0;
+        bool final = false;
+        QString reason;
+    };
+
+    int step();
+    CommandQueue queue() { return CommandQueue(*m_store); }
+    void reopenStore() noexcept;
+    int stepWrite(bool mayRetry);
+    int stepCommand(bool mayRetry);
+    CommandOutcome carryOut(const CommandRecord &record);
+    // After a failed attempt, rolled back already. Returns what the step returns.
+    int afterFailure(const ItemKey &key, const QString &what, const QString &reason,
+                     bool storeFailure, const std::function<int(const QString &)> &markFailedNow,
+                     const std::function<int()> &retry);
+    void writeLogLine(int severity, const QString &line);
+    void echo(int severity, const QString &line) const;
+    void finished(const DasResult &result);
+    QString describe(const PendingWrite &write) const;
+    QString describe(const CommandRecord &record) const;
+
+    std::shared_ptr<SiteStore> m_store;
+    DasOptions m_options;
+    QString m_workerId;
+    Actor m_actor;
+    CommandHandlers m_handlers;
+    QHash<ItemKey, Failure> m_failures;
+    std::function<void(const DasResult &)> m_observer;
+    QString m_lastError;
+    int m_failedSteps = 0;
+    bool m_writesFirst = true;
+    // Per kind (0 value writes, 1 command records): found nothing last time; turns given away.
+    std::array<bool, 2> m_foundEmpty{};
+    std::array<int, 2> m_skippedTurns{};
+};
+
+} // namespace olvex
+
+Q_DECLARE_METATYPE(olvex::DasResult)
