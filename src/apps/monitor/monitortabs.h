@@ -1,0 +1,21 @@
+#pragma once
+
+#include "monitorcontext.h"
+
+class QWidget;
+
+namespace olvex {
+
+class MonitorWindow;
+
+// Adds the component tabs to the window, in order. A new component is one line in
+// monitortabs.cpp and a factory function of its own.
+void addComponentTabs(MonitorWindow &window, const MonitorContext &context);
+
+// The settings editor, set up on the site with its minute refresh.
+QWidget *createSettingsTab(MonitorWindow &window, const MonitorContext &context);
+
+// The settings import/export panel on the site, logging to the site's message log.
+QWidget *createImportExportTab(MonitorWindow &window, const MonitorContext &context);
+
+} // namespace olvex

@@ -1,0 +1,158 @@
+#include "common/widgets/keyedtree.h"
+
+#include <QHeaderView>
+
+namespace olvex {
+
+namespace {
+
+constexpr int KeyRole = Qt::UserRole + 1;
+
+} // namespace
+
+KeyedTree::KeyedTree(QWidget *parent)
+    : QTreeWidget(parent)
+{
+    setHeaderHidden(true);
+    setColumnCount(1);
+    setUniformRowHeights(true);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setIconSize(QSize(16, 16));
+    m_designedIndentation = indentation();
+    connect(this, &QTreeWidget::currentItemChanged, this,
+            [this](QTreeWidgetItem *current, QTreeWidgetItem *) {
+                if (!m_selectingInCode && current) {
+                    Q_EMIT nodeClicked(current);
+                }
+            });
+}
+
+QTreeWidgetItem *KeyedTree::addNode(const QString &key, const QString &parentKey,
+                                    const QString &text, const QIcon &icon)
+{
+    return addNode(key, findByKey(parentKey), text, icon);
+}
+
+QTreeWidgetItem *KeyedTree::addNode(const QString &key, QTreeWidgetItem *parent,
+                                    const QString &text, const QIcon &icon)
+{
+    if (key.isEmpty()) {
+        return nullptr;
+    }
+    const auto [slot, added] = m_byKey.try_emplace(key, nullptr);
+    if (!added) {
+        return nullptr;
+    }
+    // Filled before it is attached, so the view hears of the node once.
+    auto *item = new QTreeWidgetItem(QStringList{text});
+    item->setData(0, KeyRole, key);
+    if (!icon.isNull()) {
+        item->setIcon(0, icon);
+    }
+    if (parent) {
+        parent->addChild(item);
+    } else if (m_batchDepth > 0) {
+        m_pendingRoots.append(item);
+    } else {
+        addTopLevelItem(item);
+    }
+    slot->second = item;
+    return item;
+}
+
+void KeyedTree::clearNodes()
+{
+    m_byKey.clear();
+    qDeleteAll(m_pendingRoots);
+    m_pendingRoots.clear();
+    const bool wasSelecting = m_selectingInCode;
+    m_selectingInCode = true;
+    clear();
+    m_selectingInCode = wasSelecting;
+}
+
+QTreeWidgetItem *KeyedTree::findByKey(const QString &key) const
+{
+    if (key.isEmpty()) {
+        return nullptr;
+    }
+    const auto found = m_byKey.find(key);
+    return found == m_byKey.end() ? nullptr : found->second;
+}
+
+QString KeyedTree::nodeKey(const QTreeWidgetItem *item)
+{
+    return item ? item->data(0, KeyRole).toString() : QString();
+}
+
+bool KeyedTree::anyNodeHasChildren() const
+{
+    for (const QTreeWidgetItem *root : m_pendingRoots) {
+        if (root->childCount() > 0) {
+            return true;
+        }
+    }
+    for (int i = 0; i < topLevelItemCount(); ++i) {
+        if (topLevelItem(i)->childCount() > 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void KeyedTree::setFlatList(bool flat)
+{
+    setRootIsDecorated(!flat);
+    setIndentation(flat ? 0 : m_designedIndentation);
+}
+
+QTreeWidgetItem *KeyedTree::selectedNode() const
+{
+    const QList<QTreeWidgetItem *> selected = selectedItems();
+    return selected.isEmpty() ? nullptr : selected.first();
+}
+
+void KeyedTree::selectNode(QTreeWidgetItem *item)
+{
+    flushPending();
+    const bool wasSelecting = m_selectingInCode;
+    m_selectingInCode = true;
+    if (item) {
+        for (QTreeWidgetItem *up = item->parent(); up; up = up->parent()) {
+            up->setExpanded(true);
+        }
+        setCurrentItem(item);
+        item->setSelected(true);
+        scrollToItem(item);
+    } else {
+        clearSelection();
+        setCurrentItem(nullptr);
+    }
+    m_selectingInCode = wasSelecting;
+}
+
+void KeyedTree::flushPending()
+{
+    if (!m_pendingRoots.isEmpty()) {
+        addTopLevelItems(std::exchange(m_pendingRoots, {}));
+    }
+}
+
+KeyedTree::Batch::Batch(KeyedTree &tree)
+    : m_tree(tree)
+{
+    if (m_tree.m_batchDepth++ == 0) {
+        m_tree.setUpdatesEnabled(false);
+    }
+}
+
+KeyedTree::Batch::~Batch()
+{
+    if (--m_tree.m_batchDepth == 0) {
+        m_tree.flushPending();
+        m_tree.setUpdatesEnabled(true);
+    }
+}
+
+} // namespace olvex

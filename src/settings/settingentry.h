@@ -1,0 +1,73 @@
+#pragma once
+
+#include "common/decimal.h"
+#include "common/value.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace olvex {
+
+// How a new value of a setting is entered, by its data type.
+enum class EntryKind {
+    Number,   // number dialog, numeric checks
+    FreeText, // number dialog, no checks
+    DateTime, // general input dialog, must read as a date or a time
+    YesNo,    // yes/no dialog, "No" / "Yes"
+    OnOff,    // yes/no dialog, "Off" / "On"
+    None,     // a data type that cannot be entered
+};
+EntryKind entryKindFor(int dataType);
+// The false and true captions of the yes/no dialog for a YesNo or OnOff entry.
+std::pair<QString, QString> yesNoCaptions(EntryKind kind);
+
+// The decimal separator of the current locale, as 3.45 shows it: "." or ",".
+QString localeDecimalSeparator();
+// The absolute limits of a number setting: twelve nines, the separator, seven nines; and its
+// negation. Held in decimal: a double cannot tell the largest from one above it.
+Decimal absoluteMaximum();
+Decimal absoluteMinimum();
+QString absoluteMaximumText();
+QString absoluteMinimumText();
+
+// The verdict on a typed entry of a number setting, before anything is written.
+struct NumberEntryCheck
+{
+    enum class Refusal { None, NotNumeric, AboveMaximum, BelowMinimum };
+    Refusal refusal = Refusal::None;
+    // The message to show (exclamation, OK) for AboveMaximum and BelowMinimum; the entry that
+    // is not numeric is refused with a beep and no message.
+    QString message;
+    // Yes/No questions for an entry outside the recommended range, in the order to ask them;
+    // a No to any of them ends the change.
+    QStringList questions;
+
+    bool refused() const { return refusal != Refusal::None; }
+};
+
+// The checks of a number entry, in order: numeric, absolute maximum, absolute minimum, then the
+// recommended lower and upper limits (each skipped when Null or not numeric). Strict: a value
+// equal to a limit passes.
+NumberEntryCheck checkNumberEntry(const QString &entry, const Value &recommendedLow,
+                                  const Value &recommendedHigh);
+
+// "$NewLine$" as the message boxes want it.
+QString withLineBreaks(QString text);
+
+// True when a DateTime entry reads as a date or a time.
+bool isDateEntry(const QString &entry);
+
+// The value to write for an accepted typed entry of a Number, FreeText or DateTime setting:
+// whole numbers as integers, other numbers as doubles where a double holds them exactly and as
+// the entered text where it cannot; dates as date-time values; free text as it stands.
+// nullopt when the entry does not fit its kind.
+std::optional<Value> valueToWrite(EntryKind kind, const QString &entry);
+
+// The answer of the access check shown to the operator.
+QString accessDeniedText(const QString &userName);
+// "SED-012: Account 'x' does not have privileges." and its SED-013/014 siblings.
+QString accessDeniedProblem(const QString &code, const QString &userName);
+
+} // namespace olvex

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "common/host.h"
+
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+
+class QFrame;
+class QPushButton;
+class QSplitter;
+class QTextEdit;
+class QTreeWidgetItem;
+
+namespace olvex {
+
+class KeyedTree;
+class ReportList;
+class UiServices;
+struct CaughtError;
+
+// The settings editor: the tree of setting groups on the left and, on the right, either the
+// settings of the selected group with their values, defaults and recommended ranges, or the
+// setpoints of an alarm group. The operator changes a value within limits, subject to the
+// account's privileges. Every value shown is read from the data interface.
+//
+// Every handler catches its own errors and raises them through Problem as one coded line.
+// Teardown (also run by the destructor) stops the refresh timer before it releases the data
+// interface and the security object.
+class DISettings : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit DISettings(UiServices *ui = nullptr, QWidget *parent = nullptr);
+    ~DISettings() override;
+
+    // Keeps the data interface, prepares the security object, loads the group tree and shows
+    // the first group; with startRefresh the shown values are re-read once a minute.
+    void Setup(std::shared_ptr<DataInterface> dataInterface, bool startRefresh);
+    void Teardown();
+
+    void ShowGroup(qint32 groupNumber, bool selectFirst);
+    void FillSettingsList(const Value &pids, bool selectFirst);
+    void FillAlarmList(const Value &pids, bool selectFirst);
+    void FillSettingsRow(QTreeWidgetItem *row);
+    void FillAlarmRow(QTreeWidgetItem *row);
+    // The PID of a row tag "PID(digits)"; 0 for anything else.
+    static qint32 PidFromTag(const QString &tag);
+    void RaiseProblem(const QString &text);
+
+    // Handlers, public so that a host (or a test) can drive the control as the user would.
+    void mobjDI_UseSecondaryDasConnectionStringsChanged();
+    void mobjRefreshValues_IntervalExpired();
+    void tvwGroups_NodeClick(QTreeWidgetItem *node);
+    void lsvSettings_ItemClick(QTreeWidgetItem *row);
+    void lsvAlarmSettings_ItemClick(QTreeWidgetItem *row);
+    void cmdChange_Click();
+    void cmdChangeToDefault_Click();
+    void cmdChangeAlarm_Click();
+
+    // The controls, by their names.
+    KeyedTree *tvwGroups() const { return m_tvwGroups; }
+    QFrame *fraSettings() const { return m_fraSettings; }
+    ReportList *lsvSettings() const { return m_lsvSettings; }
+    QPushButton *cmdChange() const { return m_cmdChange; }
+    QPushButton *cmdChangeToDefault() const { return m_cmdChangeToDefault; }
+    QTextEdit *rtfboxInstructions1() const { return m_rtfboxInstructions1; }
+    QFrame *fraAlarmSettings() const { return m_fraAlarmSettings; }
+    ReportList *lsvAlarmSettings() const { return m_lsvAlarmSettings; }
+    QPushButton *cmdChangeAlarm() const { return m_cmdChangeAlarm; }
+    QTextEdit *rtfboxInstructions2() const { return m_rtfboxInstructions2; }
+
+    bool hasRefreshTimer() const { return mobjRefreshValues != nullptr; }
+
+Q_SIGNALS:
+    void Problem(const QString &message);
+
+private:
+    void buildControls();
+    void setCaptions();
+    void emitProblem(const QString &prefix, const CaughtError &error);
+    void showInstructions(const QString &text, bool alarmGroup);
+    void addUndefinedRow(qint32 pid);
+    // The Value cell and icon of a settings row, and the setpoint cells and icon of an alarm
+    // row, from a definition at hand; the callers catch and code the errors.
+    void showSettingState(QTreeWidgetItem *row, const Parameter &definition, bool alternativeState,
+                          MessageLog *log);
+    void showAlarmSetpoints(QTreeWidgetItem *row, const Parameter &definition);
+    void disableSettingButtons(const QString &why);
+    void disableAlarmButton(const QString &why);
+    // Why the selected setting cannot be changed by this account; empty when it can.
+    QString privilegeRefusal(qint32 pid);
+    QString userName();
+    std::shared_ptr<PidDirectory> directory();
+
+    UiServices *m_ui;
+    std::shared_ptr<DataInterface> mobjDI;
+    std::shared_ptr<Security> mobjSecurity;
+    IntervalPtr mobjRefreshValues;
+
+    QSplitter *m_splitter = nullptr;
+    KeyedTree *m_tvwGroups = nullptr;
+    QFrame *m_fraSettings = nullptr;
+    ReportList *m_lsvSettings = nullptr;
+    QPushButton *m_cmdChange = nullptr;
+    QPushButton *m_cmdChangeToDefault = nullptr;
+    QTextEdit *m_rtfboxInstructions1 = nullptr;
+    QFrame *m_fraAlarmSettings = nullptr;
+    ReportList *m_lsvAlarmSettings = nullptr;
+    QPushButton *m_cmdChangeAlarm = nullptr;
+    QTextEdit *m_rtfboxInstructions2 = nullptr;
+};
+
+} // namespace olvex

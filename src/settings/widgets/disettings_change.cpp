@@ -1,0 +1,330 @@
+// DISettings: row selection and the change flows (value, default, alarm setpoints).
+#include "settings/widgets/disettings.h"
+
+#include "common/datetime.h"
+#include "common/error.h"
+#include "common/widgets/reportlist.h"
+#include "common/widgets/uiservices.h"
+#include "settings/alarmsetpoints.h"
+#include "settings/settingattributes.h"
+#include "settings/settingdisplay.h"
+#include "settings/settingentry.h"
+#include "settings/widgets/frmsettings_alarmsetpoints.h"
+#include "settings/widgets/frmsettings_getnumber.h"
+#include "settings/widgets/frmsettings_getyesno.h"
+#include "settings/widgets/valueinputdialog.h"
+
+#include <QPushButton>
+
+namespace olvex {
+
+namespace {
+
+// An example of the format a date, time or date-and-time entry is read in, in this locale.
+QString dateExample(int dataType)
+{
+    const QDateTime sample(QDate(2024, 3, 5), QTime(14, 30));
+    switch (dataType) {
+    case SettingType::Date:
+        return formatNamed(sample, NamedFormat::ShortDate);
+    case SettingType::Time:
+        return formatNamed(sample, NamedFormat::ShortTime);
+    default:
+        return formatNamed(sample, NamedFormat::ShortDate) + u' '
+               + formatNamed(sample, NamedFormat::ShortTime);
+    }
+}
+
+} // namespace
+
+QString DISettings::userName()
+{
+    const std::shared_ptr<User> user = mobjDI->GetUser();
+    return user ? user->UserName() : QString();
+}
+
+QString DISettings::privilegeRefusal(qint32 pid)
+{
+    if (mobjSecurity && mobjSecurity->CanChangeSetting(pid, true)) {
+        return {};
+    }
+    return u"Account '" + userName() + u"' does not have privileges to change this setting.";
+}
+
+void DISettings::disableSettingButtons(const QString &why)
+{
+    for (QPushButton *button : {m_cmdChange, m_cmdChangeToDefault}) {
+        button->setEnabled(false);
+        button->setToolTip(why);
+    }
+}
+
+void DISettings::disableAlarmButton(const QString &why)
+{
+    m_cmdChangeAlarm->setEnabled(false);
+    m_cmdChangeAlarm->setToolTip(why);
+}
+
+void DISettings::lsvSettings_ItemClick(QTreeWidgetItem *row)
+{
+    guarded(
+        [&] {
+            if (!row || !mobjDI) {
+                return;
+            }
+            const qint32 pid = PidFromTag(ReportList::rowTag(row));
+            const std::shared_ptr<PidDirectory> dir = directory();
+            if (!dir->PidExists(pid)) {
+                disableSettingButtons(QStringLiteral("This PID has no definition."));
+                return;
+            }
+            const ParameterPtr definition = dir->GetPid(pid, true);
+            const int dataType
+                = int(definition->GetAttribute(SettingAttr::DataType).toInteger().value_or(0));
+            const int icon = ReportList::smallIcon(row);
+            switch (dataType) {
+            case SettingType::Number:
+            case SettingType::Date:
+            case SettingType::Time:
+            case SettingType::Text:
+                m_cmdChange->setText(QStringLiteral("Change Value..."));
+                break;
+            case SettingType::YesNo:
+            case SettingType::OnOff:
+                if (SettingIcon::isReadWrite(icon)) {
+                    m_cmdChange->setText(QStringLiteral("Change Value"));
+                } else if (SettingIcon::isWriteOnly(icon)) {
+                    m_cmdChange->setText(QStringLiteral("Change Value..."));
+                }
+                break;
+            default:
+                break;
+            }
+
+            if (!SettingIcon::isChangeable(icon)) {
+                disableSettingButtons(icon == SettingIcon::ReadOnly
+                                              || icon == SettingIcon::ReadOnlyHighLevel
+                                          ? QStringLiteral("This setting is read-only.")
+                                          : QStringLiteral("This setting cannot be changed now."));
+                return;
+            }
+            if (const QString refusal = privilegeRefusal(pid); !refusal.isEmpty()) {
+                disableSettingButtons(refusal);
+                return;
+            }
+            const QString name = row->text(0);
+            m_cmdChange->setEnabled(true);
+            m_cmdChange->setToolTip(u"Enter a new value for " + name + u'.');
+            m_cmdChangeToDefault->setEnabled(true);
+            m_cmdChangeToDefault->setToolTip(u"Set " + name + u" to its default value ("
+                                             + row->text(2) + u").");
+        },
+        [this](const CaughtError &error) {
+            emitProblem(QStringLiteral("SED-010/UI-028: "), error);
+        });
+}
+
+void DISettings::lsvAlarmSettings_ItemClick(QTreeWidgetItem *row)
+{
+    guarded(
+        [&] {
+            if (!row || !mobjDI) {
+                return;
+            }
+            if (!m_lsvAlarmSettings->contains(row)) {
+                disableAlarmButton(QStringLiteral("Select an alarm first."));
+                return;
+            }
+            const qint32 pid = PidFromTag(ReportList::rowTag(row));
+            if (!directory()->PidExists(pid)) {
+                disableAlarmButton(QStringLiteral("This PID has no definition."));
+                return;
+            }
+            if (const QString refusal = privilegeRefusal(pid); !refusal.isEmpty()) {
+                disableAlarmButton(refusal);
+                return;
+            }
+            m_cmdChangeAlarm->setEnabled(true);
+            m_cmdChangeAlarm->setToolTip(u"Change the alarm setpoints of " + row->text(0) + u'.');
+        },
+        [this](const CaughtError &error) {
+            emitProblem(QStringLiteral("SED-008/UI-096: "), error);
+        });
+}
+
+void DISettings::cmdChange_Click()
+{
+    guarded(
+        [&] {
+            QTreeWidgetItem *row = m_lsvSettings->selectedRow();
+            if (!row || !mobjDI) {
+                return;
+            }
+            const qint32 pid = PidFromTag(ReportList::rowTag(row));
+            const std::shared_ptr<PidDirectory> dir = directory();
+            if (!dir->PidExists(pid)) {
+                return;
+            }
+            UiServices &ui = UiServices::resolve(m_ui);
+            const ParameterPtr definition = dir->GetPid(pid, true);
+            const QString title = definition->GetName(0);
+            if (!mobjSecurity || !mobjSecurity->CanChangeSetting(pid, true)) {
+                const QString account = userName();
+                ui.ShowMessageBox(accessDeniedText(account), MessageBoxStyle::Exclamation, title);
+                Q_EMIT Problem(accessDeniedProblem(QStringLiteral("SED-012"), account));
+                return;
+            }
+
+            const int dataType
+                = int(definition->GetAttribute(SettingAttr::DataType).toInteger().value_or(0));
+            const EntryKind kind = entryKindFor(dataType);
+            std::optional<Value> newValue;
+            switch (kind) {
+            case EntryKind::Number:
+            case EntryKind::FreeText: {
+                frmSettings_GetNumber dialog(m_ui, this);
+                dialog.setCurrentValue(row->text(1));
+                dialog.setDefaultValue(row->text(2));
+                if (kind == EntryKind::Number && !row->text(3).isEmpty()) {
+                    dialog.setHint(u"Recommended range: " + row->text(3));
+                }
+                if (ui.runModal(dialog) != QDialog::Accepted) {
+                    return;
+                }
+                const QString entry = dialog.NewValue();
+                if (kind == EntryKind::Number) {
+                    const NumberEntryCheck check = checkNumberEntry(
+                        entry, definition->GetAttribute(SettingAttr::RecommendedLow),
+                        definition->GetAttribute(SettingAttr::RecommendedHigh));
+                    if (check.refusal == NumberEntryCheck::Refusal::NotNumeric) {
+                        ui.beep();
+                        return;
+                    }
+                    if (check.refused()) {
+                        ui.ShowMessageBox(check.message, MessageBoxStyle::Exclamation, title);
+                        return;
+                    }
+                    for (const QString &question : check.questions) {
+                        if (ui.ShowMessageBox(question, MessageBoxStyle::ExclamationYesNo, title)
+                            != MessageBoxAnswer::Yes) {
+                            return;
+                        }
+                    }
+                }
+                newValue = valueToWrite(kind, entry);
+                break;
+            }
+            case EntryKind::DateTime: {
+                ValueInputDialog dialog(m_ui, this);
+                dialog.setPrompt(u"New value of " + title + u" (for example "
+                                 + dateExample(dataType) + u"):");
+                dialog.setValue(row->text(1));
+                if (ui.runModal(dialog) != QDialog::Accepted) {
+                    return;
+                }
+                newValue = valueToWrite(kind, dialog.value());
+                break;
+            }
+            case EntryKind::YesNo:
+            case EntryKind::OnOff: {
+                const auto [falseCaption, trueCaption] = yesNoCaptions(kind);
+                frmSettings_GetYesNo dialog(m_ui, this);
+                dialog.SetCaptions(falseCaption, trueCaption);
+                const QString shown = row->text(1);
+                dialog.setCurrentValue(shown == trueCaption    ? std::optional<bool>(true)
+                                       : shown == falseCaption ? std::optional<bool>(false)
+                                                               : std::nullopt);
+                ui.runModal(dialog);
+                const std::optional<bool> chosen = dialog.NewValue();
+                if (!chosen) {
+                    return;
+                }
+                newValue = Value(*chosen);
+                break;
+            }
+            case EntryKind::None:
+                break;
+            }
+            if (!newValue) {
+                ui.beep(); // refused entry: nothing written
+                return;
+            }
+            definition->SetValues(3, *newValue);
+            FillSettingsRow(row);
+            lsvSettings_ItemClick(row);
+        },
+        [this](const CaughtError &error) {
+            emitProblem(QStringLiteral("SED-001/UI-029: "), error);
+        });
+}
+
+void DISettings::cmdChangeToDefault_Click()
+{
+    guarded(
+        [&] {
+            QTreeWidgetItem *row = m_lsvSettings->selectedRow();
+            if (!row || !mobjDI) {
+                return;
+            }
+            const qint32 pid = PidFromTag(ReportList::rowTag(row));
+            if (!mobjSecurity || !mobjSecurity->CanChangeSetting(pid, true)) {
+                const QString account = userName();
+                UiServices::resolve(m_ui).ShowMessageBox(
+                    accessDeniedText(account), MessageBoxStyle::Exclamation, row->text(0));
+                Q_EMIT Problem(accessDeniedProblem(QStringLiteral("SED-014"), account));
+                return;
+            }
+            const ParameterPtr definition = directory()->GetPid(pid, true);
+            definition->SetValues(3, definition->GetAttribute(SettingAttr::DefaultValue));
+            FillSettingsRow(row);
+            lsvSettings_ItemClick(row);
+        },
+        [this](const CaughtError &error) {
+            emitProblem(QStringLiteral("SED-003/UI-027: "), error);
+        });
+}
+
+void DISettings::cmdChangeAlarm_Click()
+{
+    guarded(
+        [&] {
+            QTreeWidgetItem *row = m_lsvAlarmSettings->selectedRow();
+            if (!row || !mobjDI) {
+                return;
+            }
+            const qint32 pid = PidFromTag(ReportList::rowTag(row));
+            const std::shared_ptr<PidDirectory> dir = directory();
+            if (!dir->PidExists(pid)) {
+                return;
+            }
+            UiServices &ui = UiServices::resolve(m_ui);
+            if (!mobjSecurity || !mobjSecurity->CanChangeSetting(pid, true)) {
+                const QString account = userName();
+                ui.ShowMessageBox(accessDeniedText(account), MessageBoxStyle::Exclamation,
+                                  row->text(0));
+                Q_EMIT Problem(accessDeniedProblem(QStringLiteral("SED-013"), account));
+                return;
+            }
+            const ParameterPtr definition = dir->GetPid(pid, true);
+            frmSettings_AlarmSetpoints dialog(m_ui, this);
+            for (size_t i = 0; i < kAlarmSetpoints.size(); ++i) {
+                dialog.setSetpoint(int(i), definition->GetAttribute(kAlarmSetpoints[i].attribute));
+            }
+            if (ui.runModal(dialog) != QDialog::Accepted) {
+                return;
+            }
+            for (size_t i = 0; i < kAlarmSetpoints.size(); ++i) {
+                const Value chosen = NullToEmpty(dialog.setpoint(int(i)));
+                if (chosen.toText() != row->text(int(i) + 1)) {
+                    definition->SetAttribute(kAlarmSetpoints[i].attribute, chosen);
+                }
+            }
+            FillAlarmRow(row);
+            lsvAlarmSettings_ItemClick(row);
+        },
+        [this](const CaughtError &error) {
+            emitProblem(QStringLiteral("SED-002/UI-095: "), error);
+        });
+}
+
+} // namespace olvex

@@ -1,0 +1,88 @@
+#include "settings/widgets/frmsettings_getyesno.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
+
+namespace olvex {
+
+frmSettings_GetYesNo::frmSettings_GetYesNo(UiServices * /*ui*/, QWidget *parent)
+    : QDialog(parent)
+    , m_false(new QRadioButton(QStringLiteral("No"), this))
+    , m_true(new QRadioButton(QStringLiteral("Yes"), this))
+    , m_ok(new QPushButton(QStringLiteral("OK"), this))
+{
+    setObjectName(QStringLiteral("frmSettings_GetYesNo"));
+    setWindowTitle(QStringLiteral("Enter New Value"));
+    setModal(true);
+    m_false->setObjectName(QStringLiteral("optFalse"));
+    m_true->setObjectName(QStringLiteral("optTrue"));
+    m_ok->setObjectName(QStringLiteral("cmdOK"));
+
+    auto *choices = new QButtonGroup(this);
+    choices->addButton(m_false);
+    choices->addButton(m_true);
+    choices->setExclusive(true);
+
+    auto *options = new QHBoxLayout;
+    options->addWidget(m_false);
+    options->addWidget(m_true);
+    options->addStretch();
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_ok);
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(options);
+    layout->addLayout(buttons);
+
+    m_ok->setDefault(true);
+    connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
+    connect(m_false, &QRadioButton::toggled, this, &frmSettings_GetYesNo::updateOk);
+    connect(m_true, &QRadioButton::toggled, this, &frmSettings_GetYesNo::updateOk);
+    updateOk();
+    setMinimumWidth(260);
+}
+
+void frmSettings_GetYesNo::SetCaptions(const QString &falseCaption, const QString &trueCaption)
+{
+    m_false->setText(falseCaption);
+    m_true->setText(trueCaption);
+    updateOk();
+}
+
+void frmSettings_GetYesNo::setCurrentValue(std::optional<bool> value)
+{
+    if (value) {
+        (*value ? m_true : m_false)->setChecked(true);
+        (*value ? m_false : m_true)->setFocus();
+    }
+}
+
+std::optional<bool> frmSettings_GetYesNo::NewValue() const
+{
+    return m_newValue;
+}
+
+void frmSettings_GetYesNo::done(int result)
+{
+    const bool chosen = m_true->isChecked() || m_false->isChecked();
+    if (result == QDialog::Accepted && !chosen) {
+        return; // OK means nothing until a state is chosen
+    }
+    m_newValue
+        = result == QDialog::Accepted ? std::optional<bool>(m_true->isChecked()) : std::nullopt;
+    QDialog::done(result);
+}
+
+void frmSettings_GetYesNo::updateOk()
+{
+    const bool chosen = m_true->isChecked() || m_false->isChecked();
+    m_ok->setEnabled(chosen);
+    m_ok->setToolTip(
+        chosen ? QString()
+               : QStringLiteral("Choose %1 or %2 first.").arg(m_false->text(), m_true->text()));
+}
+
+} // namespace olvex

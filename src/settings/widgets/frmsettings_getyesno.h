@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QDialog>
+#include <QString>
+
+#include <optional>
+
+class QPushButton;
+class QRadioButton;
+
+namespace olvex {
+
+class UiServices;
+
+// The entry of a two-state setting (Yes/No, On/Off). Modal; NewValue is the chosen state, or
+// empty when the dialog was closed without OK.
+class frmSettings_GetYesNo : public QDialog
+{
+    Q_OBJECT
+public:
+    explicit frmSettings_GetYesNo(UiServices *ui = nullptr, QWidget *parent = nullptr);
+
+    void SetCaptions(const QString &falseCaption, const QString &trueCaption);
+    // Preselects the setting's present state; nothing is chosen while it is unknown.
+    void setCurrentValue(std::optional<bool> value);
+    std::optional<bool> NewValue() const;
+
+    QRadioButton *optFalse() const { return m_false; }
+    QRadioButton *optTrue() const { return m_true; }
+    QPushButton *cmdOK() const { return m_ok; }
+
+    void done(int result) override;
+
+private:
+    void updateOk();
+
+    QRadioButton *m_false;
+    QRadioButton *m_true;
+    QPushButton *m_ok;
+    std::optional<bool> m_newValue;
+};
+
+} // namespace olvex

@@ -1,0 +1,46 @@
+#include "settings/widgets/settingicons.h"
+
+#include "settings/settingdisplay.h"
+
+// A static library's resources are registered by hand, once, outside any namespace.
+static void registerSettingsResources()
+{
+    static const bool registered = [] {
+        Q_INIT_RESOURCE(settings);
+        return true;
+    }();
+    Q_UNUSED(registered);
+}
+
+namespace olvex {
+
+namespace {
+
+QIcon resourceIcon(const char *name)
+{
+    registerSettingsResources();
+    return QIcon(u":/olvex/settings/icons/" + QString::fromLatin1(name) + u".svg");
+}
+
+} // namespace
+
+QHash<int, QIcon> settingIcons()
+{
+    // Made per call, not kept in a static: an icon engine must not outlive the application.
+    return {
+        {SettingIcon::Undefined, resourceIcon("setting-undefined")},
+        {SettingIcon::ReadOnly, resourceIcon("setting-readonly")},
+        {SettingIcon::ReadOnlyHighLevel, resourceIcon("setting-readonly-high")},
+        {SettingIcon::Changeable, resourceIcon("setting-changeable")},
+        {SettingIcon::ChangeableHighLevel, resourceIcon("setting-changeable-high")},
+        {SettingIcon::WriteOnly, resourceIcon("setting-writeonly")},
+        {SettingIcon::WriteOnlyHighLevel, resourceIcon("setting-writeonly-high")},
+    };
+}
+
+QIcon groupIcon(bool alarmGroup)
+{
+    return resourceIcon(alarmGroup ? "alarmgroup" : "group");
+}
+
+} // namespace olvex
