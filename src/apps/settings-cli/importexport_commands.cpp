@@ -1,0 +1,165 @@
+#include "importexport_commands.h"
+
+#include "cliutil.h"
+
+#include "common/error.h"
+#include "host/sitedatainterface.h"
+#include "host/sitestore.h"
+#include "importexport/importexporttexts.h"
+#include "importexport/settingsimportexport.h"
+
+namespace olvex::cli {
+
+namespace texts = importexporttexts;
+
+namespace {
+
+// Work of this many items reports its progress on stderr.
+constexpr qint64 kProgressFrom = 2000;
+
+// The site's own message log, echoed on stderr so that each refused line shows where it is run.
+class EchoLog final : public MessageLog
+{
+public:
+    EchoLog(std::shared_ptr<MessageLog> site, QTextStream &err)
+        : m_site(std::move(site))
+        , m_err(err)
+    {}
+    void LogMessage(int severity, const QString &text) override
+    {
+        if (m_site)
+            m_site->LogMessage(severity, text);
+        m_err << text << Qt::endl;
+    }
+
+private:
+    std::shared_ptr<MessageLog> m_site;
+    QTextStream &m_err;
+};
+
+// "export: 40% (40000 of 100000 settings)" at every tenth of the work.
+ProgressHandler stderrProgress(const QString &command, const QString &items, QTextStream &err)
+{
+    auto lastTenth = std::make_shared<qint64>(-1);
+    return [command, items, &err, lastTenth](qint64 done, qint64 total) {
+        if (total < kProgressFrom)
+            return true;
+        const qint64 tenth = done * 10 / total;
+        if (tenth != *lastTenth) {
+            *lastTenth = tenth;
+            err << command << ": " << tenth * 10 << "% (" << done << " of " << total << ' ' << items
+                << ')' << Qt::endl;
+        }
+        return true;
+    };
+}
+
+void print(QTextStream &out, const QString &text)
+{
+    out << text << Qt::endl;
+}
+
+QCommandLineOption userOption(const QString &description, const QString &defaultValue = {})
+{
+    return QCommandLineOption(QStringLiteral("user"), description, QStringLiteral("USER"),
+                              defaultValue);
+}
+
+} // namespace
+
+int exportCommand(const QStringList &args, QTextStream &out, QTextStream &err)
+{
+    QCommandLineParser parser;
+    parser.addOption(siteOption());
+    parser.addOption(userOption(QStringLiteral("Reads as this user (default viewer)."),
+                                QStringLiteral("viewer")));
+    if (auto done = parseArguments(parser, args,
+                                   QStringLiteral("Saves every setting of the site to a settings "
+                                                  "CSV file (Windows-1252, CR LF)."),
+                                   QStringLiteral("FILE"), 1, 1, out, err)) {
+        return *done;
+    }
+    const QString fileName = parser.positionalArguments().constFirst();
+    std::shared_ptr<SiteStore> store;
+    if (const int code = openSite(parser, err, store); code != ExitCode::Ok)
+        return code;
+    try {
+        auto data = std::make_shared<SiteDataInterface>(
+            store, HostSession{parser.value(QStringLiteral("user"))});
+        SettingsImportExport transfer(data, std::make_shared<EchoLog>(data->MessageLog(), err));
+        transfer.setProgressHandler(
+            stderrProgress(QStringLiteral("export"), QStringLiteral("settings"), err));
+        ExportCounts counts;
+        if (!transfer.ExportSettings(fileName, counts)) {
+            print(out, texts::exportFailed());
+            return ExitCode::Failed;
+        }
+        print(out, texts::exportSucceeded(fileName, counts));
+        return ExitCode::Ok;
+    } catch (...) {
+        return complain(err, currentError().description, ExitCode::Failed);
+    }
+}
+
+int importCommand(const QStringList &args, QTextStream &out, QTextStream &err)
+{
+    QCommandLineParser parser;
+    parser.addOption(siteOption());
+    parser.addOption(userOption(QStringLiteral("The account making the changes; it needs the "
+                                               "privilege to import settings (250).")));
+    const QCommandLineOption dryRun(
+        QStringLiteral("dry-run"),
+        QStringLiteral("Lists what the import would change and which lines it would refuse, "
+                       "and changes nothing."));
+    parser.addOption(dryRun);
+    if (auto done = parseArguments(parser, args,
+                                   QStringLiteral("Changes every setting whose value in a "
+                                                  "settings CSV file differs from the site's."),
+                                   QStringLiteral("FILE"), 1, 1, out, err)) {
+        return *done;
+    }
+    if (!parser.isSet(QStringLiteral("user")))
+        return complain(err, QStringLiteral("import: no user given (use --user USER)"),
+                        ExitCode::Usage);
+    const QString fileName = parser.positionalArguments().constFirst();
+    std::shared_ptr<SiteStore> store;
+    if (const int code = openSite(parser, err, store); code != ExitCode::Ok)
+        return code;
+    try {
+        auto data = std::make_shared<SiteDataInterface>(
+            store, HostSession{parser.value(QStringLiteral("user"))});
+        const auto siteLog = data->MessageLog();
+        SettingsImportExport transfer(data, std::make_shared<EchoLog>(siteLog, err));
+        transfer.setProgressHandler(
+            stderrProgress(QStringLiteral("import"), QStringLiteral("lines"), err));
+        QString errorText;
+        ImportCounts counts;
+        if (parser.isSet(dryRun)) {
+            ImportPreview preview;
+            if (!transfer.ImportSettings(fileName, errorText, counts, &preview)) {
+                print(out, texts::importFailed(errorText));
+                return ExitCode::Failed;
+            }
+            out << texts::previewReport(fileName, counts, preview, errorText) << Qt::endl;
+            return ExitCode::Ok;
+        }
+        const auto user = data->GetUser();
+        if (!user || !user->HasPrivilege(Privileges::ImportSettings)) {
+            const QString name = user ? user->UserName() : parser.value(QStringLiteral("user"));
+            print(out, texts::accessDenied(name));
+            if (siteLog)
+                siteLog->LogMessage(Severity::Error, texts::accessDeniedLogLine(name));
+            return ExitCode::Refused;
+        }
+        if (!transfer.ImportSettings(fileName, errorText, counts)) {
+            print(out, texts::importFailed(errorText));
+            return ExitCode::Failed;
+        }
+        print(out, texts::importSummary(fileName, counts, errorText));
+        return ExitCode::Ok;
+    } catch (...) {
+        return complain(err, currentError().description, ExitCode::Failed);
+    }
+}
+
+} // namespace olvex::cli

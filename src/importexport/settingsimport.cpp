@@ -1,0 +1,350 @@
+#include "importexport/settingsimportexport.h"
+
+#include "common/error.h"
+#include "common/pid.h"
+#include "common/text.h"
+#include "importexport/csvline.h"
+#include "importexport/settingrules.h"
+#include "importexport/windows1252.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+
+namespace olvex {
+
+namespace {
+
+constexpr int kQueuedWrite = 3;
+constexpr int kFileAccessError = 75;
+
+const QString kSiteIdPrefix = QStringLiteral(";SiteID=");
+
+// Blanks only, as the file's own rules have it: a tab is content.
+QStringView trimBlanks(QStringView text)
+{
+    qsizetype begin = 0;
+    qsizetype end = text.size();
+    while (begin < end && text[begin] == u' ')
+        ++begin;
+    while (end > begin && text[end - 1] == u' ')
+        --end;
+    return text.mid(begin, end - begin);
+}
+
+// A file saved by a spreadsheet as UTF-8 starts with a byte order mark; anything else is the
+// file's own 8-bit code page.
+QString decodeFile(const QByteArray &data)
+{
+    static const QByteArray utf8Bom("\xEF\xBB\xBF");
+    if (data.startsWith(utf8Bom))
+        return QString::fromUtf8(QByteArrayView(data).sliced(utf8Bom.size()));
+    return fromWindows1252(data);
+}
+
+// Walks the lines of a text: CR LF, LF and a lone CR all end a line.
+class LineReader
+{
+public:
+    explicit LineReader(const QString &text)
+        : m_text(text)
+    {}
+
+    bool next(QStringView &line)
+    {
+        const qsizetype size = m_text.size();
+        if (m_pos >= size)
+            return false;
+        const QChar *data = m_text.constData();
+        qsizetype end = m_pos;
+        while (end < size && data[end] != u'\n' && data[end] != u'\r')
+            ++end;
+        line = QStringView(m_text).mid(m_pos, end - m_pos);
+        m_pos = end;
+        if (m_pos < size && data[m_pos] == u'\r') {
+            ++m_pos;
+            if (m_pos < size && data[m_pos] == u'\n')
+                ++m_pos;
+        } else if (m_pos < size) {
+            ++m_pos; // LF
+        }
+        ++m_lineNumber;
+        return true;
+    }
+    int lineNumber() const { return m_lineNumber; }
+
+private:
+    const QString &m_text;
+    qsizetype m_pos = 0;
+    int m_lineNumber = 0;
+};
+
+qint64 countLines(const QString &text)
+{
+    return text.count(u'\n') + (text.endsWith(u'\n') ? 0 : 1);
+}
+
+} // namespace
+
+// One run of the import: the counts, the preview and the log lines of the file's lines.
+class SettingsImportExport::Import
+{
+public:
+    Import(SettingsImportExport &owner, ImportCounts &counts, ImportPreview *preview)
+        : m_owner(owner)
+        , m_counts(counts)
+        , m_preview(preview)
+    {}
+
+    // The site's settings read in one batch: a PID found here is known to exist and to be a
+    // setting. Any other PID goes through the directory, with its own checks.
+    void setKnownSettings(const ParameterList &settings)
+    {
+        m_known.reserve(settings.size());
+        for (const ParameterPtr &setting : settings)
+            m_known.insert(setting->PidNumber(), setting);
+    }
+
+    void line(int lineNumber, const QString &line, PidDirectory &directory)
+    {
+        ++m_counts.total;
+        QString parseError;
+        const auto fields = ParseCsvLine(line, parseError);
+        if (!fields) {
+            ++m_counts.parseErrors;
+            refuse(lineNumber, line, Severity::Error,
+                   QStringLiteral("[CSET-0066] Cannot import setting. Cannot parse line. ")
+                       + parseError);
+            return;
+        }
+        if (fields->size() < 4) {
+            ++m_counts.blanks;
+            refuse(lineNumber, line, Severity::Note,
+                   QStringLiteral(
+                       "[CSET-0067] Cannot import setting. Line does not contain enough items."));
+            return;
+        }
+        const qint32 pid = ParsePid(fields->at(0), false);
+        if (pid == 0) {
+            ++m_counts.parseErrors;
+            refuse(lineNumber, line, Severity::Error,
+                   QStringLiteral("[CSET-0068] Cannot import setting. Cannot parse PID."));
+            return;
+        }
+        const QString newText = StripQuotes(trimBlanks(fields->at(3)).toString());
+        if (newText.isEmpty()) {
+            ++m_counts.blanks;
+            refuse(lineNumber, line, Severity::Note,
+                   QStringLiteral("[CSET-0069] Cannot import setting. Value is blank."));
+            return;
+        }
+        ParameterPtr setting = m_known.value(pid);
+        if (!setting && directory.PidExists(pid))
+            setting = directory.GetPid(pid, true);
+        if (!setting) {
+            ++m_counts.configErrors;
+            refuse(lineNumber, line, Severity::Error,
+                   QStringLiteral("[CSET-0070] Cannot import setting. PID not defined."));
+            return;
+        }
+        if (setting->ParameterType() != ParameterTypes::Setting) {
+            ++m_counts.configErrors;
+            refuse(lineNumber, line, Severity::Error,
+                   QStringLiteral(
+                       "[CSET-0071] Cannot import setting. PID is not a Setting parameter."));
+            return;
+        }
+        if (settingrules::isReadOnly(setting->GetAttribute(settingrules::kAttrChangeable))) {
+            ++m_counts.readOnly;
+            refuse(lineNumber, line, Severity::Error,
+                   QStringLiteral("[CSET-0072] Cannot import setting. Setting is read-only."));
+            return;
+        }
+        const SettingValueText current = GetSettingValueText(*setting);
+        if (current.text == newText) {
+            ++m_counts.notModified;
+            return;
+        }
+        if (m_preview) {
+            ++m_counts.modified;
+            m_preview->changes.append(
+                {lineNumber, pid, setting->GetName(0), current.text, newText});
+            return;
+        }
+        if (m_owner.changeSetting(*setting, pid, newText)) {
+            ++m_counts.modified;
+        } else {
+            ++m_counts.failures;
+            m_owner.log(Severity::Error,
+                        QStringLiteral("[CSET-0073] Cannot import setting. Attempt to change "
+                                       "setting failed.  ")
+                            + line);
+        }
+    }
+
+private:
+    void refuse(int lineNumber, const QString &line, int severity, const QString &reason)
+    {
+        if (m_preview)
+            m_preview->refusals.append({lineNumber, line, reason});
+        else
+            m_owner.log(severity, reason + QStringLiteral("  ") + line);
+    }
+
+    SettingsImportExport &m_owner;
+    ImportCounts &m_counts;
+    ImportPreview *m_preview;
+    QHash<qint32, ParameterPtr> m_known;
+};
+
+QString SettingsImportExport::GetSiteIdFromLine(const QString &line)
+{
+    if (!line.startsWith(kSiteIdPrefix))
+        return {};
+    QStringView site = QStringView(line).mid(kSiteIdPrefix.size());
+    site = trimBlanks(site);
+    const qsizetype blank = site.indexOf(u' ');
+    if (blank >= 0)
+        site = site.left(blank);
+    while (site.endsWith(u','))
+        site.chop(1);
+    return trimBlanks(site).toString().toUpper();
+}
+
+bool SettingsImportExport::cancelledAt(int lastLine, QString &errorText)
+{
+    errorText = QStringLiteral("Import cancelled after line ") + QString::number(lastLine)
+                + QStringLiteral(". Settings changed up to there stay changed; the rest of the "
+                                 "file was not imported.");
+    return true;
+}
+
+bool SettingsImportExport::ChangeSetting(qint32 pid, const QString &newValueText)
+{
+    ParameterPtr setting;
+    try {
+        setting = m_data->GetPidDirectory()->GetPid(pid, true);
+        if (!setting)
+            throw Error(kInternalError, QStringLiteral("PID has no definition"));
+    } catch (...) {
+        log(Severity::Error, QStringLiteral("[CSET-0078] ") + currentError().errorText()
+                                 + QStringLiteral("; PID=") + FormatPid(pid));
+        return false;
+    }
+    return changeSetting(*setting, pid, newValueText);
+}
+
+bool SettingsImportExport::changeSetting(Parameter &parameter, qint32 pid,
+                                         const QString &newValueText)
+{
+    try {
+        parameter.SetValues(kQueuedWrite, Value(QList<Value>{Value(newValueText)}));
+        return true;
+    } catch (...) {
+        log(Severity::Error, QStringLiteral("[CSET-0078] ") + currentError().errorText()
+                                 + QStringLiteral("; PID=") + FormatPid(pid));
+        return false;
+    }
+}
+
+bool SettingsImportExport::ImportSettings(const QString &fileName, QString &errorText,
+                                          ImportCounts &counts, ImportPreview *preview)
+{
+    counts = ImportCounts{};
+    errorText.clear();
+    m_cancelled = false;
+    if (preview)
+        *preview = ImportPreview{};
+    QByteArray data;
+    try {
+        const QFileInfo info(fileName);
+        if (fileName.isEmpty() || !info.exists()) {
+            errorText = QStringLiteral("Cannot import settings. Cannot find '") + fileName
+                        + QStringLiteral("'. [CSET-0062]");
+            return false;
+        }
+        QFile file(fileName);
+        if (!file.open(QIODevice::ReadOnly))
+            throw Error(kFileAccessError, file.errorString());
+        data = file.readAll();
+        if (file.error() != QFileDevice::NoError)
+            throw Error(kFileAccessError, file.errorString());
+    } catch (...) {
+        errorText = QStringLiteral("Cannot import settings. ") + currentError().errorText()
+                    + QStringLiteral(" [CSET-0074]");
+        if (!preview)
+            log(Severity::Error, errorText);
+        return false;
+    }
+    return importFromData(data, errorText, counts, preview);
+}
+
+bool SettingsImportExport::importFromData(const QByteArray &data, QString &errorText,
+                                          ImportCounts &counts, ImportPreview *preview)
+{
+    counts = ImportCounts{};
+    errorText.clear();
+    m_cancelled = false;
+    if (preview)
+        *preview = ImportPreview{};
+    try {
+        const QString text = decodeFile(data);
+        LineReader reader(text);
+        QStringView rawLine;
+        QString first;
+        if (reader.next(rawLine))
+            first = trimBlanks(rawLine).toString();
+        if (!first.startsWith(kSiteIdPrefix)) {
+            errorText = QStringLiteral("Cannot import settings. Cannot find site ID. [CSET-0063] "
+                                       "First line in file must start with ;SiteID=");
+            return false;
+        }
+        const QString fileSite = GetSiteIdFromLine(first);
+        if (fileSite.isEmpty()) {
+            errorText = QStringLiteral("Cannot import settings. Site ID is blank. First line in "
+                                       "file must specify the Olvex site ID. [CSET-0064]");
+            return false;
+        }
+        const QString currentSite = m_data->GetSiteId();
+        if (fileSite.compare(currentSite, Qt::CaseInsensitive) != 0) {
+            errorText = fillPlaceholders(
+                QStringLiteral("Cannot import settings. Site ID '$SiteIdInFile$' in file does not "
+                               "match the Olvex site ID '$CurrentSiteId$'. [CSET-0065]"),
+                {{QStringLiteral("SiteIdInFile"), fileSite},
+                 {QStringLiteral("CurrentSiteId"), currentSite}});
+            return false;
+        }
+
+        const auto directory = m_data->GetPidDirectory();
+        if (!directory)
+            throw Error(kInternalError, QStringLiteral("The data interface has no PID directory"));
+        const qint64 lines = countLines(text);
+        Import import(*this, counts, preview);
+        // A large file holds most of the site's settings: one batched read of all of them costs
+        // far less than a lookup per line. A small file is looked up line by line.
+        if (lines >= m_batchFromLines)
+            import.setKnownSettings(m_data->GetPidsOfTypes({ParameterTypes::Setting}));
+        if (!reportProgress(reader.lineNumber(), lines))
+            return cancelledAt(reader.lineNumber(), errorText);
+        while (reader.next(rawLine)) {
+            if (reader.lineNumber() % kProgressStep == 0
+                && !reportProgress(reader.lineNumber(), lines))
+                return cancelledAt(reader.lineNumber() - 1, errorText);
+            const QStringView line = trimBlanks(rawLine);
+            if (line.isEmpty() || line.startsWith(u';'))
+                continue;
+            import.line(reader.lineNumber(), line.toString(), *directory);
+        }
+        reportProgress(lines, lines);
+        m_cancelled = false; // the work was done; a late cancel changes nothing
+        return true;
+    } catch (...) {
+        errorText = QStringLiteral("Cannot import settings. ") + currentError().errorText()
+                    + QStringLiteral(" [CSET-0074]");
+        if (!preview)
+            log(Severity::Error, errorText);
+        return false;
+    }
+}
+
+} // namespace olvex

@@ -1,0 +1,135 @@
+#pragma once
+
+// Export of every setting parameter of a site to a settings CSV file, and import of such a file
+// back. Headless: the import/export panel and the command line both drive this class, so the
+// file format, the checks, the counts and the log lines exist once.
+
+#include "common/host.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QList>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace olvex {
+
+struct ExportCounts
+{
+    int count = 0;             // setting parameters written
+    int nullCount = 0;         // of which with a Null value
+    bool allNullOrZero = true; // every value Null, empty, "0" or the zero date
+};
+
+struct ImportCounts
+{
+    int total = 0; // lines other than blank and comment lines
+    int modified = 0;
+    int notModified = 0;
+    int parseErrors = 0;
+    int configErrors = 0;
+    int blanks = 0;
+    int readOnly = 0;
+    int failures = 0;
+};
+
+// The current value of a setting as the file holds it.
+struct SettingValueText
+{
+    bool isNull = false;
+    bool isZeroDate = false;
+    QString text;
+};
+
+// What an import would do, gathered by a dry run instead of writing.
+struct ImportChange
+{
+    int lineNumber = 0;
+    qint32 pid = 0;
+    QString name;
+    QString currentText;
+    QString fileText;
+};
+struct ImportRefusal
+{
+    int lineNumber = 0;
+    QString line;
+    QString reason; // the coded message the real import logs, without the line
+};
+struct ImportPreview
+{
+    QList<ImportChange> changes;
+    QList<ImportRefusal> refusals;
+};
+
+// Called now and then with the items done and the items in all (export: settings; import:
+// lines of the file). Returning false cancels: an export then leaves no file behind, an import
+// stops before the next line and keeps what it changed.
+using ProgressHandler = std::function<bool(qint64 done, qint64 total)>;
+
+class SettingsImportExport
+{
+public:
+    // A null message log logs nothing.
+    SettingsImportExport(DataInterfacePtr dataInterface, std::shared_ptr<MessageLog> messageLog);
+
+    void setProgressHandler(ProgressHandler handler) { m_progress = std::move(handler); }
+    // An import of a file of at least this many lines reads all settings of the site in one
+    // batch first instead of looking each PID up on its own.
+    void setBatchFromLines(qint64 lines) { m_batchFromLines = lines; }
+    // True when the last export or import was stopped by the progress handler.
+    bool wasCancelled() const { return m_cancelled; }
+
+    // Writes the file through a temporary file in the same folder that replaces fileName only
+    // once it is complete: a failed or cancelled export leaves an existing file as it was.
+    bool ExportSettings(const QString &fileName, ExportCounts &counts);
+
+    SettingValueText GetSettingValueText(qint32 pid) const;
+    static SettingValueText GetSettingValueText(const Parameter &parameter);
+
+    // With a preview, nothing is written and nothing logged: the preview receives every change
+    // the import would make and every line it would refuse, and the counts are those the
+    // import would report. A cancelled import succeeds with a note in errorText.
+    bool ImportSettings(const QString &fileName, QString &errorText, ImportCounts &counts,
+                        ImportPreview *preview = nullptr);
+    // The same over the bytes of a file already read.
+    bool importFromData(const QByteArray &data, QString &errorText, ImportCounts &counts,
+                        ImportPreview *preview = nullptr);
+
+    // The site identifier of a first line ";SiteID=...": up to the next blank, trimmed, upper
+    // case, without trailing commas.
+    static QString GetSiteIdFromLine(const QString &line);
+
+    // Queues newValueText as the setting's new value; false (and the CSET-0078 line logged)
+    // when the data interface refuses.
+    bool ChangeSetting(qint32 pid, const QString &newValueText);
+
+    // "<folder>/Olvex Settings <site> yyyy-MM-dd HH.mm.csv" in the export folder of the
+    // connection description (the user's documents folder when it names none), with the
+    // platform's separators.
+    static QString proposedExportFileName(const DataInterface &dataInterface, const QDateTime &now);
+    // The present time by the data interface's clock.
+    QDateTime now() const;
+
+private:
+    class Import;
+
+    bool changeSetting(Parameter &parameter, qint32 pid, const QString &newValueText);
+    bool reportProgress(qint64 done, qint64 total);
+    // A cancelled import still succeeds; errorText tells where it stopped.
+    static bool cancelledAt(int lastLine, QString &errorText);
+    void log(int severity, const QString &text) const;
+
+    DataInterfacePtr m_data;
+    std::shared_ptr<MessageLog> m_log;
+    ProgressHandler m_progress;
+    qint64 m_batchFromLines = 200;
+    bool m_cancelled = false;
+};
+
+// How often, in items, the progress handler is called.
+inline constexpr int kProgressStep = 256;
+
+} // namespace olvex
