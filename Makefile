@@ -46,7 +46,7 @@ fuzz:
 	@tools/ensure-deps.sh build fuzz
 	@[ -f build-fuzz/build.ninja ] || CC=clang CXX=clang++ $(CONFIGURE) -B build-fuzz \
 		-DCMAKE_BUILD_TYPE=RelWithDebInfo -DOLVEX_FUZZ=ON -DOLVEX_TESTS=OFF
-	cmake --build build-fuzz -j $(JOBS)
+	cmake --build build-fuzz -j $(JOBS) --target $$(cat build-fuzz/fuzzers.txt)
 	@set -e; for f in $$(cat build-fuzz/fuzzers.txt); do \
 		echo "== $$f ($(FUZZ_SECONDS) s)"; \
 		mkdir -p build-fuzz/corpus/$$f; \

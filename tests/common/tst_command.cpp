@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 using namespace Qt::StringLiterals;
 
 namespace olvex {
@@ -14,242 +12,143 @@ namespace {
 
 TEST(Command, XmlEscapeReplacesEachSpecialCharacterOnce)
 {
-    struct Case
-    {
-        QString text;
-        QString expected;
-    };
-    const QList<Case> cases = {
+    const QList<std::pair<QString, QString>> cases = {
         {QString(), QString()},
-        {QStringLiteral("plain 'text'"), QStringLiteral("plain 'text'")},
-        {QStringLiteral("A&B"), QStringLiteral("A&amp;B")},
-        {QStringLiteral("a<b>c"), QStringLiteral("a&lt;b&gt;c")},
-        {QStringLiteral("say \"hi\""), QStringLiteral("say &quot;hi&quot;")},
-        {QStringLiteral("25\u00b0C"), QStringLiteral("25&#176;C")},
+        {u"plain 'text'"_s, u"plain 'text'"_s},
         // Already escaped text is escaped again: the ampersand goes first.
-        {QStringLiteral("&lt;&#176;"), QStringLiteral("&amp;lt;&amp;#176;")},
-        {QStringLiteral("&<>\"\u00b0&"), QStringLiteral("&amp;&lt;&gt;&quot;&#176;&amp;")},
+        {u"&lt;&#176;"_s, u"&amp;lt;&amp;#176;"_s},
+        {u"&<>\"\u00b0&"_s, u"&amp;&lt;&gt;&quot;&#176;&amp;"_s},
         // Other non-ASCII characters are carried as they are.
-        {QStringLiteral("\u00e9\u00ba"), QStringLiteral("\u00e9\u00ba")},
+        {u"\u00e9\u00ba"_s, u"\u00e9\u00ba"_s},
     };
-    for (const Case &c : cases) {
-        EXPECT_EQ(XmlEscape(c.text), c.expected) << c.text.toStdString();
+    for (const auto &[text, expected] : cases) {
+        EXPECT_EQ(XmlEscape(text), expected) << text.toStdString();
     }
 }
 
-TEST(Command, SingleLineKeepsOrderAndEscapesOnlyText)
+// The three joinings each keep their exact spacing: the service reads them as text.
+TEST(Command, JoiningsKeepOrderSpacingAndValueForms)
 {
-    CommandBuilder command(QStringLiteral("WriteToChannel"));
-    command.addRaw(QStringLiteral("id"), QStringLiteral("C12"))
-        .addNumber(QStringLiteral("value"), 1)
-        .addText(QStringLiteral("priority"), QStringLiteral("high"));
-    EXPECT_EQ(
-        command.singleLine(),
-        QStringLiteral(
-            "<Command action=\"WriteToChannel\" id=\"C12\" value=\"1\" priority=\"high\" />"));
+    CommandBuilder command(u"WriteToChannel"_s);
+    command
+        .addRaw(u"id"_s, u"C&12"_s) // raw stays raw
+        .addNumber(u"value"_s, -42)
+        .addText(u"priority"_s, u"h&i"_s)
+        .addDate(u"at"_s, QDateTime(QDate(2024, 5, 1), QTime(7, 5, 59)))
+        .addDate(u"never"_s, QDateTime())
+        .addPid(u"short"_s, 1234567)
+        .addPid(u"long"_s, 1234507890)
+        .addPid(u"invalid"_s, 1264567)
+        .addHex(u"hex"_s, 0xabcU);
+    EXPECT_EQ(command.singleLine(),
+              u"<Command action=\"WriteToChannel\" id=\"C&12\" value=\"-42\" priority=\"h&amp;i\" "
+              u"at=\"2024/05/01 07:05\" never=\"\" short=\"001234567\" long=\"1234507890\" "
+              u"invalid=\"\" hex=\"0xABC\" />"_s);
 
-    CommandBuilder log(QStringLiteral("WriteMsgToAutoCalLog"),
-                       QStringLiteral("WriteMsgToAutoCalLog"));
-    log.addPid(QStringLiteral("pid"), 101234567)
-        .addText(QStringLiteral("msg"), QStringLiteral("** user requested a cal abort (CSET-0017)"))
-        .addText(QStringLiteral("user"), QStringLiteral("A&B"))
+    CommandBuilder log(u"WriteMsgToAutoCalLog"_s, u"WriteMsgToAutoCalLog"_s);
+    log.addPid(u"pid"_s, 101234567)
+        .addText(u"msg"_s, u"** user requested a cal abort (CSET-0017)"_s)
+        .addText(u"user"_s, u"A&B"_s)
         .extraBlank()
-        .addText(QStringLiteral("clientIP"), QStringLiteral("10.0.0.5"));
+        .addText(u"clientIP"_s, u"10.0.0.5"_s);
     EXPECT_EQ(log.singleLine(),
-              QStringLiteral("<WriteMsgToAutoCalLog action=\"WriteMsgToAutoCalLog\" "
-                             "pid=\"101234567\" msg=\"** user requested a cal abort (CSET-0017)\" "
-                             "user=\"A&amp;B\"  clientIP=\"10.0.0.5\" />"));
-}
+              u"<WriteMsgToAutoCalLog action=\"WriteMsgToAutoCalLog\" pid=\"101234567\" "
+              u"msg=\"** user requested a cal abort (CSET-0017)\" user=\"A&amp;B\"  "
+              u"clientIP=\"10.0.0.5\" />"_s);
 
-TEST(Command, ValueForms)
-{
-    struct Case
-    {
-        const char *name;
-        std::function<void(CommandBuilder &)> add;
-        QString expected;
-    };
-    const QDateTime when(QDate(2024, 5, 1), QTime(7, 5, 59));
-    const QList<Case> cases = {
-        {"pid with leading zeros", [](CommandBuilder &b) { b.addPid(u"v"_s, 1234567); },
-         u"001234567"_s},
-        {"ten-digit pid", [](CommandBuilder &b) { b.addPid(u"v"_s, 1234507890); }, u"1234507890"_s},
-        {"pid below range", [](CommandBuilder &b) { b.addPid(u"v"_s, 99999); }, QString()},
-        {"pid with group C 6", [](CommandBuilder &b) { b.addPid(u"v"_s, 1264567); }, QString()},
-        {"pid with group C 9", [](CommandBuilder &b) { b.addPid(u"v"_s, 1294567); }, QString()},
-        {"pid at the top", [](CommandBuilder &b) { b.addPid(u"v"_s, 2000000000); }, QString()},
-        {"date", [&](CommandBuilder &b) { b.addDate(u"v"_s, when); }, u"2024/05/01 07:05"_s},
-        {"invalid date", [](CommandBuilder &b) { b.addDate(u"v"_s, QDateTime()); }, QString()},
-        {"message type", [](CommandBuilder &b) { b.addHex(u"v"_s, 24577); }, u"0x6001"_s},
-        {"hex digits upper case", [](CommandBuilder &b) { b.addHex(u"v"_s, 0xabcU); }, u"0xABC"_s},
-        {"negative number", [](CommandBuilder &b) { b.addNumber(u"v"_s, -42); }, u"-42"_s},
-        {"raw stays raw", [](CommandBuilder &b) { b.addRaw(u"v"_s, u"a&b"_s); }, u"a&b"_s},
-        {"text is escaped", [](CommandBuilder &b) { b.addText(u"v"_s, u"a&b"_s); }, u"a&amp;b"_s},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
-        CommandBuilder builder(QStringLiteral("Test"));
-        c.add(builder);
-        EXPECT_EQ(builder.attributeValue(u"v"_s), c.expected);
-        EXPECT_EQ(builder.singleLine(), u"<Command action=\"Test\" v=\"" + c.expected + u"\" />");
-    }
-}
+    CommandBuilder raise(u"RaiseMsg"_s);
+    raise.addText(u"user"_s, u"op"_s).addHex(u"msgTypeID"_s, 24577).addText(u"msg"_s, u"x"_s);
+    EXPECT_EQ(raise.blankJoined(),
+              u"<Command  action=\"RaiseMsg\"  user=\"op\"  msgTypeID=\"0x6001\"  msg=\"x\"  />"_s);
 
-TEST(Command, ItemLinesJoinedByCrLf)
-{
-    CommandBuilder command(QStringLiteral("CalPendingPromptAction"));
-    command.addPid(QStringLiteral("pid"), 101234567)
-        .addText(QStringLiteral("user"), QStringLiteral("op"))
-        .addText(QStringLiteral("clientIP"), QStringLiteral("10.0.0.5"));
-    const QString text = command.withItems({CommandItem::flag(QStringLiteral("CalConfirm"), true),
-                                            CommandItem::flag(QStringLiteral("CalCancel"), false)});
-    EXPECT_EQ(text.split(u"\r\n"_s),
-              QStringList({u"<Command "_s, u"action=\"CalPendingPromptAction\" "_s,
-                           u"pid=\"101234567\" "_s, u"user=\"op\" "_s, u"clientIP=\"10.0.0.5\">"_s,
-                           u"<Item id=\"CalConfirm\" newValue=\"1\" />"_s,
-                           u"<Item id=\"CalCancel\" newValue=\"0\" />"_s, u"</Command>"_s}));
-    EXPECT_FALSE(text.contains(u"\n\n"));
-    EXPECT_EQ(text.count(u'\n'), text.count(u'\r'));
-}
-
-TEST(Command, PiecesJoinedByOneBlank)
-{
-    CommandBuilder command(QStringLiteral("RaiseMsg"));
-    command.addText(QStringLiteral("user"), QStringLiteral("op"))
-        .addText(QStringLiteral("clientIP"), QStringLiteral("ip"))
-        .addHex(QStringLiteral("msgTypeID"), 24577)
-        .addText(QStringLiteral("msg"), QStringLiteral("CSET-0098: x"));
-    EXPECT_EQ(command.blankJoined(),
-              QStringLiteral("<Command  action=\"RaiseMsg\"  user=\"op\"  clientIP=\"ip\"  "
-                             "msgTypeID=\"0x6001\"  msg=\"CSET-0098: x\"  />"));
+    CommandBuilder prompt(u"CalPendingPromptAction"_s);
+    prompt.addPid(u"pid"_s, 101234567).addText(u"user"_s, u"op"_s);
+    EXPECT_EQ(prompt.withItems({CommandItem::flag(u"CalConfirm"_s, true),
+                                CommandItem::flag(u"CalCancel"_s, false)}),
+              u"<Command \r\naction=\"CalPendingPromptAction\" \r\npid=\"101234567\" \r\n"
+              u"user=\"op\">\r\n<Item id=\"CalConfirm\" newValue=\"1\" />\r\n"
+              u"<Item id=\"CalCancel\" newValue=\"0\" />\r\n</Command>"_s);
 }
 
 // Whatever the user's name holds, every joining must stay well-formed XML that gives the name
 // back unchanged.
-TEST(Command, HostileNamesStayWellFormed)
+TEST(Command, EnvelopeStaysWellFormedWhateverTheUsersName)
 {
-    const QList<QString> names = {
-        QStringLiteral("A&B"),
-        QStringLiteral("<admin>"),
-        QStringLiteral("say \"x\" />"),
-        QStringLiteral("\" injected=\"1"),
-        QStringLiteral("25\u00b0C & <more>"),
-        QStringLiteral("&amp;"),
-        QStringLiteral("</Command><Command action=\"Evil\">"),
-    };
-    FakeDataInterface dataInterface;
-    dataInterface.setClientAddress(QStringLiteral("10.0.0.5<>"));
-    for (const QString &name : names) {
+    class Interface : public FakeDataInterface
+    {
+    public:
+        bool noUser = false;
+        std::shared_ptr<User> GetUser() override
+        {
+            return noUser ? nullptr : FakeDataInterface::GetUser();
+        }
+    } dataInterface;
+    dataInterface.setClientAddress(u"10.0.0.5<>"_s);
+    for (const QString &name : {u"<admin>"_s, u"\" injected=\"1"_s, u"25\u00b0C & <more>"_s,
+                                u"&amp;"_s, u"</Command><Command action=\"Evil\">"_s}) {
         SCOPED_TRACE(name.toStdString());
         dataInterface.setUser(name);
-        CommandBuilder command(QStringLiteral("ChangeCalStartSettings"));
-        command.addPid(QStringLiteral("pid"), 101234567).addEnvelope(dataInterface);
-        const QList<QString> texts = {
-            command.singleLine(),
-            command.withItems({{QStringLiteral("Note"), name}}),
-            command.blankJoined(),
-        };
+        CommandBuilder command(u"ChangeCalStartSettings"_s);
+        command.addPid(u"pid"_s, 101234567).addEnvelope(dataInterface);
+        const QStringList texts
+            = {command.singleLine(), command.withItems({{u"Note"_s, name}}), command.blankJoined()};
         for (const QString &text : texts) {
-            SCOPED_TRACE(text.toStdString());
             RecordingLog log;
             const XmlDocument doc = LoadXmlDocument(&log, text);
             ASSERT_FALSE(doc.isNull()) << log.texts().join(u'\n').toStdString();
-            EXPECT_EQ(doc.selectNodes(QStringLiteral("/Command")).size(), 1);
-            EXPECT_EQ(doc.selectNodes(QStringLiteral("/Command/@*")).size(), 4);
-            EXPECT_EQ(GetNodeText(doc, QStringLiteral("/Command/@action")),
-                      QStringLiteral("ChangeCalStartSettings"));
-            EXPECT_EQ(doc.documentElement().attribute(QStringLiteral("user")), name);
-            EXPECT_EQ(doc.documentElement().attribute(QStringLiteral("clientIP")),
-                      QStringLiteral("10.0.0.5<>"));
+            EXPECT_EQ(doc.selectNodes(u"/Command/@*"_s).size(), 4) << text.toStdString();
+            EXPECT_EQ(doc.documentElement().attribute(u"user"_s), name);
+            EXPECT_EQ(doc.documentElement().attribute(u"clientIP"_s), u"10.0.0.5<>"_s);
         }
-        EXPECT_EQ(
-            GetNodeText(LoadXmlDocument(nullptr, texts.at(1)), QStringLiteral("//Item/@newValue")),
-            name.trimmed());
+        EXPECT_EQ(GetNodeText(LoadXmlDocument(nullptr, texts.at(1)), u"//Item/@newValue"_s),
+                  name.trimmed());
     }
-}
-
-class NoUserDataInterface : public FakeDataInterface
-{
-public:
-    std::shared_ptr<User> GetUser() override { return nullptr; }
-};
-
-TEST(Command, EnvelopeWithoutUserIsEmpty)
-{
-    NoUserDataInterface dataInterface;
-    dataInterface.setClientAddress(QStringLiteral("host-1"));
-    EXPECT_EQ(CommandUserName(dataInterface), QString());
-    CommandBuilder command(QStringLiteral("RaiseMsg"));
-    command.addEnvelope(dataInterface);
-    EXPECT_EQ(command.singleLine(),
-              QStringLiteral("<Command action=\"RaiseMsg\" user=\"\" clientIP=\"host-1\" />"));
+    // No user at all: an empty name.
+    dataInterface.noUser = true;
+    EXPECT_EQ(CommandBuilder(u"RaiseMsg"_s).addEnvelope(dataInterface).singleLine(),
+              u"<Command action=\"RaiseMsg\" user=\"\" clientIP=\"10.0.0.5&lt;&gt;\" />"_s);
 }
 
 TEST(Command, PostCommand)
 {
-    struct Case
-    {
-        const char *name;
-        bool writerFails;
-        bool withLog;
-        bool logThrows;
-    };
-    const QList<Case> cases = {
-        {"written", false, true, false},
-        {"written without log", false, false, false},
-        {"refused", true, true, false},
-        {"refused without log", true, false, false},
-        {"refused with failing log", true, true, true},
-    };
-    const QString text = QStringLiteral("<Command action=\"RaiseMsg\" />");
-    const QString failure
-        = QStringLiteral("CSET-0041: can't write msg record to update cal cylinder info");
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    const QString text = u"<Command action=\"RaiseMsg\" />"_s;
+    const QString failure = u"CSET-0041: can't write msg record to update cal cylinder info"_s;
+    for (const auto &[writerFails, withLog, logThrows] :
+         {std::tuple(false, true, false), std::tuple(true, true, false),
+          std::tuple(true, false, false), std::tuple(true, true, true)}) {
+        SCOPED_TRACE(::testing::Message() << writerFails << withLog << logThrows);
         FakeDataInterface dataInterface;
-        dataInterface.setSiteId(QStringLiteral("SITE-7"));
-        if (c.writerFails) {
-            dataInterface.messageRecords()->setFailure(QStringLiteral("queue is full"));
+        dataInterface.setSiteId(u"SITE-7"_s);
+        if (writerFails) {
+            dataInterface.messageRecords()->setFailure(u"queue is full"_s);
         }
         RecordingLog log;
-        if (c.logThrows) {
-            log.setFailure(Error(3, QStringLiteral("log gone")));
+        if (logThrows) {
+            log.setFailure(Error(3, u"log gone"_s));
         }
-        QString errorText = QStringLiteral("stale");
+        QString errorText = u"stale"_s;
         bool ok = true;
-        EXPECT_NO_THROW(ok = PostCommand(dataInterface, c.withLog ? &log : nullptr,
-                                         RecordType::Calibration, text, QStringLiteral("CSET-0040"),
-                                         failure, &errorText));
-        EXPECT_EQ(ok, !c.writerFails);
-        EXPECT_EQ(errorText, c.writerFails ? QStringLiteral("queue is full") : QString());
+        EXPECT_NO_THROW(ok = PostCommand(dataInterface, withLog ? &log : nullptr,
+                                         RecordType::Calibration, text, u"CSET-0040"_s, failure,
+                                         &errorText));
+        EXPECT_EQ(ok, !writerFails);
+        EXPECT_EQ(errorText, writerFails ? u"queue is full"_s : QString());
 
-        const QList<PostedRecord> posts = dataInterface.messageRecords()->posts();
-        ASSERT_EQ(posts.size(), 1);
-        const PostedRecord &post = posts.first();
-        EXPECT_EQ(post.errorTextOnEntry, QString());
-        EXPECT_EQ(post.siteId, QStringLiteral("SITE-7"));
-        EXPECT_EQ(post.recordType, QStringLiteral("Q1DRCOMMAND-CAL"));
-        EXPECT_EQ(post.text, text);
-        EXPECT_EQ(post.empty1, QString());
-        EXPECT_EQ(post.empty2, QString());
-        EXPECT_EQ(post.sourceCode, QStringLiteral("CSET-0040"));
-
-        if (c.writerFails && c.withLog) {
-            EXPECT_EQ(log.lines(), QList<LogLine>({{4, failure}}));
-        } else {
-            EXPECT_TRUE(log.isEmpty());
-        }
+        ASSERT_EQ(dataInterface.messageRecords()->posts().size(), 1);
+        const PostedRecord post = dataInterface.messageRecords()->posts().first();
+        EXPECT_EQ(QStringList({post.errorTextOnEntry, post.siteId, post.recordType, post.text,
+                               post.empty1, post.empty2, post.sourceCode}),
+                  QStringList({QString(), u"SITE-7"_s, u"Q1DRCOMMAND-CAL"_s, text, QString(),
+                               QString(), u"CSET-0040"_s}));
+        EXPECT_EQ(log.lines(),
+                  writerFails && withLog ? QList<LogLine>({{4, failure}}) : QList<LogLine>());
     }
-}
 
-TEST(Command, PostCommandLetsHostErrorsThrough)
-{
+    // Host errors are the caller's to handle: nothing is posted.
     FakeDataInterface dataInterface;
-    dataInterface.setFailure(FakeDataInterface::Op::GetSiteId,
-                             Error(91, QStringLiteral("offline")));
-    RecordingLog log;
-    EXPECT_THROW(PostCommand(dataInterface, &log, RecordType::Q2Io, QStringLiteral("<Command />"),
-                             QStringLiteral("CSET-0031"), QStringLiteral("CSET-0032: x")),
+    dataInterface.setFailure(FakeDataInterface::Op::GetSiteId, Error(91, u"offline"_s));
+    EXPECT_THROW(PostCommand(dataInterface, nullptr, RecordType::Q2Io, u"<Command />"_s,
+                             u"CSET-0031"_s, u"CSET-0032: x"_s),
                  Error);
     EXPECT_TRUE(dataInterface.messageRecords()->posts().isEmpty());
 }

@@ -12,108 +12,84 @@
 
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 namespace olvex {
 namespace {
 
-const QString kRecord
-    = QStringLiteral("<Root>\n"
-                     "  <CalStart>\n"
-                     "    <CalEnabled ioid=\"C17\">True</CalEnabled>\n"
-                     "    <CalStartTimeUser>\n      06:50  \n    </CalStartTimeUser>\n"
-                     "    <ManualCalStartSupported ioid=\"C12\">1</ManualCalStartSupported>\n"
-                     "    <SkipIfOffline/>\n"
-                     "    <Unit>Unit &amp; 1 at 25&#176;C</Unit>\n"
-                     "    <Nested><Inner>a</Inner><Inner>b</Inner></Nested>\n"
-                     "  </CalStart>\n"
-                     "</Root>");
+const QString kRecord = u"<Root>\n"
+                        "  <CalStart>\n"
+                        "    <CalEnabled ioid=\"C17\">True</CalEnabled>\n"
+                        "    <CalStartTimeUser>\n      06:50  \n    </CalStartTimeUser>\n"
+                        "    <ManualCalStartSupported ioid=\"C12\">1</ManualCalStartSupported>\n"
+                        "    <SkipIfOffline/>\n"
+                        "    <Unit>Unit &amp; 1 at 25&#176;C</Unit>\n"
+                        "    <Nested><Inner>a</Inner><Inner>b</Inner></Nested>\n"
+                        "  </CalStart>\n"
+                        "</Root>"_s;
+
+const QString kDocumentFailure = u"XMLDOM-0001: Cannot parse XML document; "_s;
 
 TEST(XmlLoad, AcceptsWellFormedAndRefusesTheRest)
 {
-    struct Case
-    {
-        const char *name;
-        QString text;
-        bool loads;
+    const QList<std::pair<QString, bool>> cases = {
+        {kRecord, true},
+        {u"<?xml version=\"1.0\" encoding=\"UTF-16\"?><a>x</a>"_s, true}, // declared encoding
+        {u"<a>\u00e9\u4e2d\U0001F600</a>"_s, true},
+        {QString(), false},
+        {u"   \n"_s, false},
+        {u"<a><b></a>"_s, false},
+        {u"<a/><b/>"_s, false},
+        {u"<a>&nbsp;</a>"_s, false}, // undeclared entity
+        {u"<a>x & y</a>"_s, false},
+        {u"<!DOCTYPE a><a/>"_s, false},
+        {u"<a>x"_s + QChar(0) + u"</a>"_s, false},
     };
-    const QList<Case> cases = {
-        {"record", kRecord, true},
-        {"single empty element", QStringLiteral("<a/>"), true},
-        {"declaration naming another encoding",
-         QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?><a>x</a>"), true},
-        {"non-latin text", QStringLiteral("<a>\u00e9\u4e2d\U0001F600</a>"), true},
-        {"empty text", QString(), false},
-        {"blanks only", QStringLiteral("   \n"), false},
-        {"plain text", QStringLiteral("hello"), false},
-        {"unclosed element", QStringLiteral("<a><b></a>"), false},
-        {"two roots", QStringLiteral("<a/><b/>"), false},
-        {"undeclared entity", QStringLiteral("<a>&nbsp;</a>"), false},
-        {"bare ampersand", QStringLiteral("<a>x & y</a>"), false},
-        {"simple doctype", QStringLiteral("<!DOCTYPE a><a/>"), false},
-        {"doctype with internal subset", QStringLiteral("<!DOCTYPE a [<!ELEMENT a ANY>]><a/>"),
-         false},
-        {"embedded NUL", QStringLiteral("<a>x") + QChar(0) + QStringLiteral("</a>"), false},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[text, loads] : cases) {
+        SCOPED_TRACE(text.toStdString());
         RecordingLog log;
-        const XmlDocument doc = LoadXmlDocument(&log, c.text);
-        EXPECT_EQ(!doc.isNull(), c.loads);
-        if (c.loads) {
-            EXPECT_TRUE(log.isEmpty());
-            EXPECT_FALSE(doc.documentElement().isNull());
-        } else {
-            ASSERT_EQ(log.lines().size(), 1);
-            EXPECT_EQ(log.lines().first().severity, 4);
-            EXPECT_TRUE(
-                log.lines().first().text.startsWith(u"XMLDOM-0001: Cannot parse XML document; "));
-        }
+        const XmlDocument doc = LoadXmlDocument(&log, text);
+        EXPECT_EQ(doc.documentElement().isNull(), !loads);
+        EXPECT_EQ(log.lines().size(), loads ? 0 : 1);
+        EXPECT_EQ(log.linesStartingWith(kDocumentFailure).size(), loads ? 0 : 1);
     }
 }
 
-TEST(XmlLoad, LogsTheFirstFortyCharactersOfLongText)
+TEST(XmlLoad, FailuresLogTheFirstFortyCharacters)
 {
-    const QString text = QStringLiteral("<broken") + QString(93, u'x'); // 100 characters
-    ASSERT_EQ(text.size(), 100);
+    const QString text = u"<broken"_s + QString(93, u'x');
     RecordingLog log;
     EXPECT_TRUE(LoadXmlDocument(&log, text).isNull());
-    ASSERT_EQ(log.lines().size(), 1);
-    EXPECT_EQ(log.lines().first(),
-              (LogLine{4, u"XMLDOM-0001: Cannot parse XML document; " + text.left(40) + u"..."}));
+    EXPECT_EQ(log.lines(), QList<LogLine>({{4, kDocumentFailure + text.left(40) + u"..."}}));
+
+    // A fragment logs the wrapped text, then the fragment itself.
+    log.clear();
+    EXPECT_TRUE(LoadXmlFragment(&log, text).isNull());
+    const QString wrapped = u'<' + QString::fromUtf16(FragmentRootName) + u'>' + text;
+    EXPECT_EQ(log.lines(), QList<LogLine>({{4, kDocumentFailure + wrapped.left(40) + u"..."},
+                                           {4, u"XMLDOM-0005: Cannot parse XML fragment; "_s
+                                                   + text.left(40) + u"..."}}));
+
+    // Without a log, or with one that fails, nothing escapes.
+    log.setFailure(Error(5, u"log is full"_s));
+    EXPECT_NO_THROW(EXPECT_TRUE(LoadXmlFragment(&log, u"<a>"_s).isNull()));
+    EXPECT_NO_THROW(EXPECT_TRUE(LoadXmlFragment(nullptr, u"<a>"_s).isNull()));
 }
 
-TEST(XmlLoad, WithoutLogOrWithFailingLogNothingEscapes)
+void countGenericError(void *context, const char *, ...)
 {
-    EXPECT_TRUE(LoadXmlDocument(nullptr, QStringLiteral("<a>")).isNull());
-    EXPECT_TRUE(LoadXmlFragment(nullptr, QStringLiteral("<a>")).isNull());
-
-    RecordingLog log;
-    log.setFailure(Error(5, QStringLiteral("log is full")));
-    EXPECT_NO_THROW({
-        EXPECT_TRUE(LoadXmlDocument(&log, QStringLiteral("<a>")).isNull());
-        EXPECT_TRUE(LoadXmlFragment(&log, QStringLiteral("<a>")).isNull());
-    });
-}
-
-struct CapturedErrors
-{
-    int count = 0;
-};
-
-void captureGenericError(void *context, const char *, ...)
-{
-    ++static_cast<CapturedErrors *>(context)->count;
+    ++*static_cast<int *>(context);
 }
 
 TEST(XmlLoad, LeavesTheThreadsErrorHandlersAsItFoundThem)
 {
-    CapturedErrors captured;
-    const xmlGenericErrorFunc handler = &captureGenericError;
-    xmlSetGenericErrorFunc(&captured, handler);
-    LoadXmlDocument(nullptr, QStringLiteral("<a><b></a>"));
-    LoadXmlDocument(nullptr, QStringLiteral("<!DOCTYPE a [<!ENTITY e \"x\">]><a>&e;</a>"));
-    GetNodeText(LoadXmlDocument(nullptr, QStringLiteral("<a/>")), QStringLiteral("//[bad"));
-    EXPECT_EQ(captured.count, 0) << "libxml2 printed through the caller's handler";
-    EXPECT_EQ(xmlGenericError, handler);
+    int captured = 0;
+    xmlSetGenericErrorFunc(&captured, &countGenericError);
+    LoadXmlDocument(nullptr, u"<a><b></a>"_s);
+    LoadXmlDocument(nullptr, u"<!DOCTYPE a [<!ENTITY e \"x\">]><a>&e;</a>"_s);
+    GetNodeText(LoadXmlDocument(nullptr, u"<a/>"_s), u"//[bad"_s);
+    EXPECT_EQ(captured, 0) << "libxml2 printed through the caller's handler";
+    EXPECT_EQ(xmlGenericError, &countGenericError);
     EXPECT_EQ(xmlGenericErrorContext, &captured);
     xmlSetGenericErrorFunc(nullptr, nullptr);
 }
@@ -121,30 +97,24 @@ TEST(XmlLoad, LeavesTheThreadsErrorHandlersAsItFoundThem)
 TEST(XmlLoad, HostileDocumentsDoNothing)
 {
     // A local file that an external entity would pull in if entities were resolved.
-    QTemporaryFile secret(QDir::tempPath() + QStringLiteral("/olvex-secret-XXXXXX"));
+    QTemporaryFile secret(QDir::tempPath() + u"/olvex-secret-XXXXXX"_s);
     ASSERT_TRUE(secret.open());
     secret.write("SECRET-MARKER-7731");
     secret.flush();
     const QString secretUrl = QUrl::fromLocalFile(secret.fileName()).toString();
 
-    QString laughs = QStringLiteral("<!DOCTYPE lolz [<!ENTITY lol \"lol\">");
-    laughs
-        += QStringLiteral("<!ENTITY lol1 \"&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;\">");
-    for (int i = 2; i <= 9; ++i) {
-        laughs += QStringLiteral("<!ENTITY lol%1 \"").arg(i);
-        for (int j = 0; j < 10; ++j) {
-            laughs += QStringLiteral("&lol%1;").arg(i - 1);
-        }
-        laughs += QStringLiteral("\">");
+    QString laughs = u"<!DOCTYPE lolz [<!ENTITY lol0 \"lol\">"_s;
+    for (int i = 1; i <= 9; ++i) {
+        laughs += u"<!ENTITY lol%1 \"%2\">"_s.arg(i).arg(u"&lol%1;"_s.arg(i - 1).repeated(10));
     }
-    laughs += QStringLiteral("]><lolz>&lol9;</lolz>");
+    laughs += u"]><lolz>&lol9;</lolz>"_s;
 
-    const QList<QString> cases = {
+    const QStringList cases = {
         u"<!DOCTYPE r [<!ENTITY x SYSTEM \"" + secretUrl + u"\">]><r>&x;</r>",
-        QStringLiteral("<!DOCTYPE r [<!ENTITY x SYSTEM \"file:///etc/passwd\">]><r>&x;</r>"),
+        u"<!DOCTYPE r [<!ENTITY x SYSTEM \"file:///etc/passwd\">]><r>&x;</r>"_s,
         u"<!DOCTYPE r SYSTEM \"" + secretUrl + u"\"><r/>",
         u"<!DOCTYPE r [<!ENTITY % p SYSTEM \"" + secretUrl + u"\"> %p;]><r/>",
-        QStringLiteral("<!DOCTYPE r [<!ENTITY x SYSTEM \"http://127.0.0.1:9/x\">]><r>&x;</r>"),
+        u"<!DOCTYPE r [<!ENTITY x SYSTEM \"http://127.0.0.1:9/x\">]><r>&x;</r>"_s,
         u"<r xmlns:xi=\"http://www.w3.org/2001/XInclude\"><xi:include href=\"" + secretUrl
             + u"\" parse=\"text\"/></r>",
         laughs,
@@ -154,114 +124,67 @@ TEST(XmlLoad, HostileDocumentsDoNothing)
         RecordingLog log;
         const XmlDocument doc = LoadXmlDocument(&log, text);
         // XInclude is well-formed XML and loads, but is never processed.
-        if (!doc.isNull()) {
-            EXPECT_TRUE(text.contains(u"XInclude"));
-        }
+        EXPECT_EQ(doc.isNull(), !text.contains(u"XInclude"));
         EXPECT_FALSE(doc.toXml().contains(u"SECRET-MARKER"));
         EXPECT_FALSE(doc.toXml().contains(u"root:"));
-        EXPECT_FALSE(GetNodeText(doc, QStringLiteral("/*")).contains(u"lollol"));
-        for (const QString &line : log.texts()) {
-            EXPECT_FALSE(line.contains(u"SECRET-MARKER"));
-        }
+        EXPECT_FALSE(GetNodeText(doc, u"/*"_s).contains(u"lollol"));
+        EXPECT_FALSE(log.texts().join(u'\n').contains(u"SECRET-MARKER"));
     }
 }
 
 TEST(XmlFragment, WrapsTextInTheFixedRoot)
 {
-    struct Case
-    {
-        const char *name;
-        QString fragment;
-        QString rootText;  // text of the wrapping root
-        QString childPath; // a path that must select something, if given
-        int children;      // element children of the root
+    // Fragment, text of the wrapping root, element children of the root.
+    const std::tuple<QString, QString, int> cases[] = {
+        {u"a<b/>"_s, u"a"_s, 1},
+        {u"<i>1</i><i>2</i>"_s, u"12"_s, 2},
+        {u"x$y<z>$</z>"_s, u"x$y$"_s, 1},
+        {QString(), QString(), 0},
     };
-    const QList<Case> cases = {
-        {"text and element", QStringLiteral("a<b/>"), QStringLiteral("a"), QStringLiteral("b"), 1},
-        {"siblings", QStringLiteral("<i>1</i><i>2</i>"), QStringLiteral("12"),
-         QStringLiteral("i[2]"), 2},
-        {"plain text", QStringLiteral("just text"), QStringLiteral("just text"), QString(), 0},
-        {"dollar kept", QStringLiteral("x$y<z>$</z>"), QStringLiteral("x$y$"), QStringLiteral("z"),
-         1},
-        {"empty", QString(), QString(), QString(), 0},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[fragment, rootText, children] : cases) {
         RecordingLog log;
-        const XmlDocument doc = LoadXmlFragment(&log, c.fragment);
-        ASSERT_FALSE(doc.isNull());
+        const XmlNode root = LoadXmlFragment(&log, fragment).documentElement();
         EXPECT_TRUE(log.isEmpty());
-        const XmlNode root = doc.documentElement();
-        EXPECT_EQ(root.name(), QString::fromUtf16(FragmentRootName));
-        EXPECT_EQ(root.text(), c.rootText);
-        EXPECT_EQ(root.selectNodes(QStringLiteral("*")).size(), c.children);
-        if (!c.childPath.isEmpty()) {
-            EXPECT_FALSE(root.selectSingleNode(c.childPath).isNull());
-        }
+        EXPECT_EQ(root.name(), QString::fromUtf16(FragmentRootName)) << fragment.toStdString();
+        EXPECT_EQ(root.text(), rootText);
+        EXPECT_EQ(root.selectNodes(u"*"_s).size(), children);
     }
-}
-
-TEST(XmlFragment, FailureLogsTheWrappedTextThenTheFragment)
-{
-    const QString fragment = QStringLiteral("<open>") + QString(60, u'f');
-    RecordingLog log;
-    EXPECT_TRUE(LoadXmlFragment(&log, fragment).isNull());
-    const QString wrapped = u'<' + QString::fromUtf16(FragmentRootName) + u'>' + fragment;
-    ASSERT_EQ(log.lines().size(), 2);
-    EXPECT_EQ(log.lines().at(0), (LogLine{4, u"XMLDOM-0001: Cannot parse XML document; "
-                                                 + wrapped.left(40) + u"..."}));
-    EXPECT_EQ(log.lines().at(1), (LogLine{4, u"XMLDOM-0005: Cannot parse XML fragment; "
-                                                 + fragment.left(40) + u"..."}));
 }
 
 TEST(XmlRead, GetNodeTextSelectsByPath)
 {
     const XmlDocument doc = LoadXmlDocument(nullptr, kRecord);
     ASSERT_FALSE(doc.isNull());
-    const XmlNode calStart = doc.selectSingleNode(QStringLiteral("//CalStart"));
-    ASSERT_FALSE(calStart.isNull());
-
-    struct Case
-    {
-        XmlNode node;
-        const char *path;
-        QString expected;
+    const std::pair<const char *, QString> cases[] = {
+        {"//CalStart/CalEnabled", u"True"_s},
+        {"//CalStart/CalStartTimeUser", u"06:50"_s}, // trimmed
+        {"//CalStart/ManualCalStartSupported/@ioid", u"C12"_s},
+        {"//CalStart/Unit", u"Unit & 1 at 25\u00b0C"_s},
+        {"//CalStart/Nested/Inner", u"a"_s},
+        {"//CalStart/Nested", u"ab"_s},
+        {"//CalStart/SkipIfOffline", QString()},
+        {"//CalStart/Missing", QString()},
+        {"count(//Inner)", QString()},
+        {"//[broken", QString()},
+        {"", QString()},
+        {"//namespace::*", QString()},
     };
-    const QList<Case> cases = {
-        {doc.node(), "//CalStart/CalEnabled", QStringLiteral("True")},
-        {doc.node(), "//CalStart/CalStartTimeUser", QStringLiteral("06:50")},
-        {doc.node(), "//CalStart/ManualCalStartSupported/@ioid", QStringLiteral("C12")},
-        {doc.node(), "//CalStart/CalEnabled/@ioid", QStringLiteral("C17")},
-        {doc.node(), "//CalStart/Unit", QStringLiteral("Unit & 1 at 25\u00b0C")},
-        {doc.node(), "//CalStart/Nested/Inner", QStringLiteral("a")},
-        {doc.node(), "//CalStart/Nested", QStringLiteral("ab")},
-        {doc.node(), "//CalStart/SkipIfOffline", QString()},
-        {doc.node(), "//CalStart/Missing", QString()},
-        {doc.node(), "//CalStart/CalEnabled/@missing", QString()},
-        {doc.node(), "count(//Inner)", QString()},
-        {doc.node(), "//[broken", QString()},
-        {doc.node(), "", QString()},
-        {doc.node(), "//namespace::*", QString()},
-        {calStart, "CalEnabled", QStringLiteral("True")},
-        {calStart, "Nested/Inner[2]", QStringLiteral("b")},
-        {calStart, "CalStart", QString()},
-        {XmlNode(), "//CalStart/CalEnabled", QString()},
-        {XmlDocument().node(), "//CalStart/CalEnabled", QString()},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.path);
-        EXPECT_EQ(GetNodeText(c.node, QString::fromUtf8(c.path)), c.expected);
+    for (const auto &[path, expected] : cases) {
+        EXPECT_EQ(GetNodeText(doc, QString::fromUtf8(path)), expected) << path;
     }
-}
+    // Relative to a node.
+    const XmlNode calStart = doc.selectSingleNode(u"//CalStart"_s);
+    EXPECT_EQ(GetNodeText(calStart, u"Nested/Inner[2]"_s), u"b"_s);
+    EXPECT_EQ(GetNodeText(calStart, u"CalStart"_s), QString());
+    EXPECT_EQ(GetNodeText(XmlNode(), u"//CalStart/CalEnabled"_s), QString());
+    EXPECT_EQ(GetNodeText(XmlDocument(), u"//CalStart/CalEnabled"_s), QString());
 
-TEST(XmlRead, AttributeValuesAreNormalised)
-{
-    const XmlDocument doc
-        = LoadXmlDocument(nullptr, QStringLiteral("<a v=\"x\ny\tz\" w=\"p&#10;q\"/>"));
-    ASSERT_FALSE(doc.isNull());
-    EXPECT_EQ(doc.documentElement().attribute(QStringLiteral("v")), QStringLiteral("x y z"));
-    // A character reference is content, not layout: it survives.
-    EXPECT_EQ(doc.documentElement().attribute(QStringLiteral("w")), QStringLiteral("p\nq"));
+    // Yes/no keeps an empty or missing node apart from no.
+    EXPECT_EQ(GetNodeBool(doc, u"//CalEnabled"_s), true);
+    EXPECT_EQ(GetNodeBool(calStart, u"ManualCalStartSupported"_s), true);
+    EXPECT_EQ(GetNodeBool(doc, u"//SkipIfOffline"_s), std::nullopt);
+    EXPECT_EQ(GetNodeBool(doc, u"//Missing"_s), std::nullopt);
+    EXPECT_EQ(GetNodeBool(XmlNode(), u"//CalEnabled"_s), std::nullopt);
 }
 
 TEST(XmlRead, NodesOutliveTheirDocumentHandle)
@@ -269,111 +192,49 @@ TEST(XmlRead, NodesOutliveTheirDocumentHandle)
     XmlNode node;
     {
         XmlDocument doc = LoadXmlDocument(nullptr, kRecord);
-        node = doc.selectSingleNode(QStringLiteral("//CalEnabled"));
-        ASSERT_TRUE(doc.loadXml(QStringLiteral("<other/>")));
-        EXPECT_EQ(doc.documentElement().name(), QStringLiteral("other"));
-        EXPECT_FALSE(doc.loadXml(QStringLiteral("<broken")));
+        node = doc.selectSingleNode(u"//CalEnabled"_s);
+        ASSERT_TRUE(doc.loadXml(u"<other/>"_s));
+        EXPECT_EQ(doc.documentElement().name(), u"other"_s);
+        EXPECT_FALSE(doc.loadXml(u"<broken"_s));
         EXPECT_FALSE(doc.isNull());
         EXPECT_TRUE(doc.documentElement().isNull());
     }
-    EXPECT_EQ(node.text(), QStringLiteral("True"));
-    EXPECT_EQ(node.attribute(QStringLiteral("ioid")), QStringLiteral("C17"));
+    EXPECT_EQ(node.text(), u"True"_s);
+    EXPECT_EQ(node.attribute(u"ioid"_s), u"C17"_s);
 }
 
-TEST(XmlRead, GetNodeBoolKeepsEmptyApartFromNo)
+TEST(XmlRead, DatesDropFractionsAndReadLocalTime)
 {
-    struct Case
-    {
-        QString content;
-        std::optional<bool> expected;
-    };
-    const QList<Case> cases = {
-        {QStringLiteral("True"), true},
-        {QStringLiteral("true"), true},
-        {QStringLiteral("  TRUE \n"), true},
-        {QStringLiteral("False"), false},
-        {QStringLiteral("1"), true},
-        {QStringLiteral("0"), false},
-        {QStringLiteral("-1"), true},
-        {QStringLiteral("2.5"), true},
-        {QString(), std::nullopt},
-        {QStringLiteral("   "), std::nullopt},
-        {QStringLiteral("yes"), std::nullopt},
-        {QStringLiteral("maybe"), std::nullopt},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.content.toStdString());
-        const XmlDocument doc = LoadXmlFragment(nullptr, u"<v>" + c.content + u"</v>");
-        ASSERT_FALSE(doc.isNull());
-        EXPECT_EQ(GetNodeBool(doc, QStringLiteral("//v")), c.expected);
-    }
-    const XmlDocument doc = LoadXmlFragment(nullptr, QStringLiteral("<v>True</v>"));
-    EXPECT_EQ(GetNodeBool(doc, QStringLiteral("//missing")), std::nullopt);
-    EXPECT_EQ(GetNodeBool(XmlNode(), QStringLiteral("//v")), std::nullopt);
-}
-
-TEST(XmlRead, ParseXmlDateDropsFractionsAndReadsLocalTime)
-{
-    struct Case
-    {
-        QString text;
-        QDateTime expected; // invalid: the zero date
-    };
     const QDateTime tenPast(QDate(2024, 5, 1), QTime(13, 45, 10));
-    const QList<Case> cases = {
-        {QStringLiteral("2024-05-01T13:45:10.123"), tenPast},
-        {QStringLiteral("2024-05-01T13:45:10"), tenPast},
-        {QStringLiteral("2024-05-01T07:05:00.000Z"), QDateTime(QDate(2024, 5, 1), QTime(7, 5))},
-        {QStringLiteral("2024-05-01 07:05"), QDateTime(QDate(2024, 5, 1), QTime(7, 5))},
-        {QStringLiteral("2024-05-01"), QDateTime(QDate(2024, 5, 1), QTime(0, 0))},
-        {QStringLiteral("garbage"), {}},
-        {QString(), {}},
-        {QStringLiteral("T"), {}},
-        {QStringLiteral("2024-13-45T10:00:00"), {}},
+    const QList<std::pair<QString, QDateTime>> cases = {
+        {u"2024-05-01T13:45:10.123"_s, tenPast},
+        {u"2024-05-01T13:45:10"_s, tenPast},
+        {u"2024-05-01T07:05:00.000Z"_s, QDateTime(QDate(2024, 5, 1), QTime(7, 5))},
+        {u"garbage"_s, zeroDate()},
+        {QString(), zeroDate()},
+        {u"T"_s, zeroDate()},
+        {u"2024-13-45T10:00:00"_s, zeroDate()},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.text.toStdString());
-        const QDateTime parsed = ParseXmlDate(c.text);
-        if (c.expected.isValid()) {
-            EXPECT_EQ(parsed, c.expected);
-            EXPECT_EQ(parsed.timeSpec(), Qt::LocalTime);
-        } else {
-            EXPECT_TRUE(isZeroDate(parsed)) << parsed.toString(Qt::ISODate).toStdString();
-        }
+    for (const auto &[text, expected] : cases) {
+        SCOPED_TRACE(text.toStdString());
+        const QDateTime parsed = ParseXmlDate(text);
+        EXPECT_EQ(parsed, expected);
+        EXPECT_EQ(parsed.timeSpec(), Qt::LocalTime);
+        EXPECT_EQ(GetNodeDate(LoadXmlFragment(nullptr, u"<t>" + text + u"</t>"), u"//t"_s),
+                  expected);
     }
-}
-
-TEST(XmlRead, GetNodeDateGivesTheZeroDateWhenThereIsNoDate)
-{
-    const XmlDocument doc
-        = LoadXmlFragment(nullptr, QStringLiteral("<t>2024-05-01T13:45:10.123</t><e/><g>soon</g>"));
-    ASSERT_FALSE(doc.isNull());
-    EXPECT_EQ(GetNodeDate(doc, QStringLiteral("//t")),
-              QDateTime(QDate(2024, 5, 1), QTime(13, 45, 10)));
-    for (const char *path : {"//e", "//g", "//missing"}) {
-        SCOPED_TRACE(path);
-        EXPECT_TRUE(isZeroDate(GetNodeDate(doc, QString::fromUtf8(path))));
-    }
-    EXPECT_TRUE(isZeroDate(GetNodeDate(XmlNode(), QStringLiteral("//t"))));
+    EXPECT_TRUE(isZeroDate(GetNodeDate(LoadXmlFragment(nullptr, u"<t/>"_s), u"//missing"_s)));
+    EXPECT_TRUE(isZeroDate(GetNodeDate(XmlNode(), u"//t"_s)));
 }
 
 TEST(XmlText, TruncateText)
 {
-    struct Case
-    {
-        QString text;
-        int maxLength;
-        QString expected;
+    const std::tuple<QString, int, QString> cases[] = {
+        {QString(), 40, QString()}, {u"abc"_s, 3, u"abc"_s},  {u"abcd"_s, 3, u"abc..."_s},
+        {u"abc"_s, 0, u"..."_s},    {u"abc"_s, -1, u"..."_s},
     };
-    const QList<Case> cases = {
-        {QString(), 40, QString()},
-        {QStringLiteral("abc"), 3, QStringLiteral("abc")},
-        {QStringLiteral("abcd"), 3, QStringLiteral("abc...")},
-        {QStringLiteral("abc"), 0, QStringLiteral("...")},
-        {QStringLiteral("abc"), -1, QStringLiteral("...")},
-    };
-    for (const Case &c : cases) {
-        EXPECT_EQ(TruncateText(c.text, c.maxLength), c.expected) << c.text.toStdString();
+    for (const auto &[text, maxLength, expected] : cases) {
+        EXPECT_EQ(TruncateText(text, maxLength), expected) << text.toStdString() << maxLength;
     }
 }
 

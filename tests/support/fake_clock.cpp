@@ -13,27 +13,10 @@ ManualInterval::ManualInterval(IntervalSpec spec, QDateTime firstDue, int sequen
     , m_sequence(sequence)
 {}
 
-void ManualInterval::Stop()
-{
-    m_stopped = true;
-}
-
 void ManualInterval::SetMessageLog(std::shared_ptr<MessageLog> log)
 {
     m_log = std::move(log);
     ++m_setMessageLogCalls;
-}
-
-void ManualInterval::rearm()
-{
-    ++m_fireCount;
-    if (!m_spec.repeat) {
-        m_stopped = true;
-        return;
-    }
-    // A period below one second would never let time move on; the real library has a
-    // resolution of its own, a second is the honest stand-in.
-    m_due = m_due.addSecs(std::max(m_spec.periodSeconds, 1));
 }
 
 ManualClock::ManualClock(const QDateTime &start)
@@ -43,9 +26,6 @@ ManualClock::ManualClock(const QDateTime &start)
 IntervalPtr ManualClock::CreateInterval(const IntervalSpec &spec)
 {
     m_specs.append(spec);
-    if (m_createFailure) {
-        throw *m_createFailure;
-    }
     const QDateTime due = spec.firstDue ? *spec.firstDue : m_now.addSecs(spec.periodSeconds);
     auto interval = std::make_shared<ManualInterval>(spec, due, m_sequence++);
     // Forget the intervals that are gone, so a long test does not keep a growing list.
@@ -54,43 +34,37 @@ IntervalPtr ManualClock::CreateInterval(const IntervalSpec &spec)
     return interval;
 }
 
-std::shared_ptr<ManualInterval> ManualClock::nextDueUpTo(const QDateTime &limit) const
-{
-    std::shared_ptr<ManualInterval> best;
-    for (const auto &weak : m_intervals) {
-        auto interval = weak.lock();
-        if (!interval || interval->m_stopped || interval->m_due > limit) {
-            continue;
-        }
-        if (!best || interval->m_due < best->m_due
-            || (interval->m_due == best->m_due && interval->m_sequence < best->m_sequence)) {
-            best = interval;
-        }
-    }
-    return best;
-}
-
 int ManualClock::advance(qint64 seconds)
 {
-    return advanceTo(m_now.addSecs(seconds));
-}
-
-int ManualClock::advanceTo(const QDateTime &time)
-{
+    const QDateTime limit = m_now.addSecs(seconds);
     int fired = 0;
-    // Holding the interval while it fires keeps it alive even if the handler releases the
-    // last other reference (a component tearing itself down from its own timer).
-    while (auto interval = nextDueUpTo(time)) {
-        if (interval->m_due > m_now) {
-            m_now = interval->m_due;
+    for (;;) {
+        // Holding the interval while it fires keeps it alive even if the handler releases the
+        // last other reference (a component tearing itself down from its own timer).
+        std::shared_ptr<ManualInterval> next;
+        for (const auto &interval : liveIntervals()) {
+            if (interval->m_due <= limit
+                && (!next || interval->m_due < next->m_due
+                    || (interval->m_due == next->m_due
+                        && interval->m_sequence < next->m_sequence))) {
+                next = interval;
+            }
         }
-        interval->rearm();
+        if (!next) {
+            break;
+        }
+        m_now = std::max(m_now, next->m_due);
+        if (next->m_spec.repeat) {
+            // A period below one second would never let time move on; the real library has a
+            // resolution of its own, a second is the honest stand-in.
+            next->m_due = next->m_due.addSecs(std::max(next->m_spec.periodSeconds, 1));
+        } else {
+            next->m_stopped = true;
+        }
         ++fired;
-        Q_EMIT interval->IntervalExpired();
+        Q_EMIT next->IntervalExpired();
     }
-    if (time > m_now) {
-        m_now = time;
-    }
+    m_now = std::max(m_now, limit);
     return fired;
 }
 
@@ -113,6 +87,11 @@ std::shared_ptr<ManualInterval> ManualClock::liveInterval(const QString &name) c
         }
     }
     return nullptr;
+}
+
+int ManualClock::liveIntervalCount() const
+{
+    return int(liveIntervals().size());
 }
 
 } // namespace olvex

@@ -7,11 +7,8 @@
 #include <QList>
 
 #include <memory>
-#include <optional>
 
 namespace olvex {
-
-class ManualClock;
 
 // An interval of the manual clock. It fires only from ManualClock::advance; Stop() or
 // destroying it ends it for good.
@@ -21,15 +18,11 @@ class ManualInterval : public Interval
 public:
     ManualInterval(IntervalSpec spec, QDateTime firstDue, int sequence);
 
-    void Stop() override;
+    void Stop() override { m_stopped = true; }
     void SetMessageLog(std::shared_ptr<MessageLog> log) override;
     QString Name() const override { return m_spec.name; }
 
-    const IntervalSpec &spec() const { return m_spec; }
     bool isStopped() const { return m_stopped; }
-    // The next time it fires; invalid once a one-shot has fired or the interval was stopped.
-    QDateTime nextDue() const { return m_stopped ? QDateTime() : m_due; }
-    int fireCount() const { return m_fireCount; }
     // The log last given by SetMessageLog (null after SetMessageLog(nullptr)), and how often
     // SetMessageLog was called.
     std::shared_ptr<MessageLog> messageLog() const { return m_log; }
@@ -37,14 +30,11 @@ public:
 
 private:
     friend class ManualClock;
-    // Moves the due time past this firing; stops a one-shot.
-    void rearm();
 
     IntervalSpec m_spec;
     QDateTime m_due;
     int m_sequence;
     bool m_stopped = false;
-    int m_fireCount = 0;
     std::shared_ptr<MessageLog> m_log;
     int m_setMessageLogCalls = 0;
 };
@@ -69,27 +59,20 @@ public:
     void setNow(const QDateTime &now) { m_now = now; }
     // Moves time forward and fires what falls due. Returns the number of firings.
     int advance(qint64 seconds);
-    int advanceTo(const QDateTime &time);
 
-    // Every CreateInterval call's arguments, in call order (including failed calls).
+    // Every CreateInterval call's arguments, in call order.
     const QList<IntervalSpec> &createdSpecs() const { return m_specs; }
-    // Intervals still alive and not stopped, in creation order.
-    QList<std::shared_ptr<ManualInterval>> liveIntervals() const;
-    // The live interval of that name, or null.
+    // The live (alive and not stopped) interval of that name, or null.
     std::shared_ptr<ManualInterval> liveInterval(const QString &name) const;
-    int liveIntervalCount() const { return int(liveIntervals().size()); }
-
-    // From now on CreateInterval throws this error; nullopt turns it off.
-    void setCreateFailure(std::optional<Error> error) { m_createFailure = std::move(error); }
+    int liveIntervalCount() const;
 
 private:
-    std::shared_ptr<ManualInterval> nextDueUpTo(const QDateTime &limit) const;
+    QList<std::shared_ptr<ManualInterval>> liveIntervals() const;
 
     QDateTime m_now;
     QList<IntervalSpec> m_specs;
     QList<std::weak_ptr<ManualInterval>> m_intervals;
     int m_sequence = 0;
-    std::optional<Error> m_createFailure;
 };
 
 } // namespace olvex

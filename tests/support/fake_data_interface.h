@@ -17,60 +17,40 @@
 
 namespace olvex {
 
-// An in-memory data interface: parameters, users, units, channels, the site and the client,
-// command records, a manual clock. Every companion object it hands out (directory, units
-// lookup, user, record writer, clock) shares its state, so a test may change the data at any
-// time and the component sees it on its next read, as it would on a live site.
+// An in-memory data interface: parameters, the user, units, the site and the client, command
+// records, a manual clock. Every companion object it hands out (directory, units lookup, user,
+// record writer, clock) shares its state, so a test may change the data at any time and the
+// component sees it on its next read, as it would on a live site.
 //
 // Parameters keep the order in which they were added; GetPidsOfTypes returns them in that
-// order. GetPid of an unknown PID throws Error(kUndefinedPidError, ...).
+// order. GetPid of an unknown PID throws. No channel exists and the alternative state is off.
 class FakeDataInterface : public DataInterface
 {
     Q_OBJECT
 public:
-    // Operations that failure injection and call counting know.
-    enum class Op {
-        ClientName,
-        ClientAddress,
-        ConnectionSettings,
-        Clock,
-        GetSiteId,
-        GetPidsOfTypes,
-        GetPidDirectory,
-        GetUnitsLookup,
-        GetUser,
-        GetMessageRecords,
-        GetChannelKind,
-        MessageLog,
-        PidExists,
-        GetPid,
-        UnitsText,
-        Count
-    };
-    static constexpr int kUndefinedPidError = 1001;
+    // Operations that failure injection knows.
+    enum class Op { GetSiteId, GetPidsOfTypes, Count };
 
     explicit FakeDataInterface(QObject *parent = nullptr);
     ~FakeDataInterface() override;
 
     // DataInterface
-    QString ClientName() const override;
-    QString ClientAddress() const override;
-    ConnectionDescription ConnectionSettings() const override;
-    std::shared_ptr<ClockLibrary> Clock() override;
+    QString ClientName() const override { return QStringLiteral("WS1"); }
+    QString ClientAddress() const override { return m_state->clientAddress; }
+    ConnectionDescription ConnectionSettings() const override { return m_state->connection; }
+    std::shared_ptr<ClockLibrary> Clock() override { return m_state->clock; }
     QString GetSiteId() const override;
     ParameterList GetPidsOfTypes(const QList<int> &types) override;
     std::shared_ptr<PidDirectory> GetPidDirectory() override;
     std::shared_ptr<UnitsLookup> GetUnitsLookup() override;
-    std::shared_ptr<User> GetUser() override;
-    std::shared_ptr<MessageRecords> GetMessageRecords() override;
-    int GetChannelKind(int channel) override;
-    std::shared_ptr<olvex::MessageLog> MessageLog() override;
-    bool AlternativeState() const override;
+    std::shared_ptr<User> GetUser() override { return m_state->user; }
+    std::shared_ptr<MessageRecords> GetMessageRecords() override { return m_state->records; }
+    int GetChannelKind(int) override { return 0; }
+    std::shared_ptr<olvex::MessageLog> MessageLog() override { return m_state->log; }
+    bool AlternativeState() const override { return false; }
 
-    // Parameters.
+    // Parameters. addParameter gives a bare parameter of any type with a Null current value.
     FakeParameterPtr addParameter(qint32 pid, int parameterType, const QString &name);
-    // Adds (or replaces, keeping its place) a parameter made by the test.
-    void addParameter(const FakeParameterPtr &parameter);
     // A setting (type 4) that can be read and changed: data type -14, current value, and the
     // default -19 when given.
     FakeParameterPtr addSetting(qint32 pid, const QString &name, int dataType, const Value &current,
@@ -78,7 +58,6 @@ public:
     // A setting group (type 5): members -46 as an array of PIDs, alarm flag -106.
     FakeParameterPtr addGroup(qint32 pid, const QString &name, const QList<qint32> &members,
                               bool alarmGroup = false);
-    void removeParameter(qint32 pid);
     FakeParameterPtr parameter(qint32 pid) const; // null when unknown
     QList<FakeParameterPtr> parameters() const;
     // Shorthand for parameter(pid)->setFailure(...).
@@ -87,40 +66,55 @@ public:
     // Applies every parameter's queued writes at the clock's time; returns how many.
     int applyPendingWrites();
 
-    // Site, client, connection, state.
-    void setSiteId(const QString &siteId);
-    void setClientName(const QString &name);
-    void setClientAddress(const QString &address);
-    void setConnectionSettings(const ConnectionDescription &description);
-    void setAlternativeState(bool on);
-
-    // User: the current user object (replaced by setUser, shared with what GetUser returned).
-    std::shared_ptr<FakeUser> user() const;
+    void setSiteId(const QString &siteId) { m_state->siteId = siteId; }
+    void setClientAddress(const QString &address) { m_state->clientAddress = address; }
+    void setConnectionSettings(const ConnectionDescription &c) { m_state->connection = c; }
+    // The current user object (shared with what GetUser returned).
+    std::shared_ptr<FakeUser> user() const { return m_state->user; }
     void setUser(const QString &name, const QSet<int> &privileges = {});
-
-    // Units and channels.
-    void setUnitsText(qint32 pid, const QString &text);
-    void setChannelKind(int channel, int kind);
-    const QList<int> &channelKindQueries() const;
-
-    // Companions.
-    std::shared_ptr<FakeMessageRecords> messageRecords() const;
-    std::shared_ptr<ManualClock> clock() const;
-    void setMessageLog(std::shared_ptr<olvex::MessageLog> log);
-
+    void setUnitsText(qint32 pid, const QString &text) { m_state->units.insert(pid, text); }
+    std::shared_ptr<FakeMessageRecords> messageRecords() const { return m_state->records; }
+    std::shared_ptr<ManualClock> clock() const { return m_state->clock; }
+    void setMessageLog(std::shared_ptr<olvex::MessageLog> log) { m_state->log = std::move(log); }
     // Every GetPidsOfTypes request, in order.
-    const QList<QList<int>> &pidsOfTypesRequests() const;
+    const QList<QList<int>> &pidsOfTypesRequests() const { return m_state->pidsOfTypesRequests; }
 
     // Failure injection on the data interface itself: from now on op throws error.
-    void setFailure(Op op, const Error &error);
-    void clearFailures();
-    int callCount(Op op) const;
+    void setFailure(Op op, const Error &error) { m_state->failures[size_t(op)] = error; }
+    void clearFailures() { m_state->failures.fill(std::nullopt); }
 
     // Raises UseSecondaryDasConnectionStringsChanged, as the host does when it switches.
-    void raiseUseSecondaryDasConnectionStringsChanged();
+    void raiseUseSecondaryDasConnectionStringsChanged()
+    {
+        Q_EMIT UseSecondaryDasConnectionStringsChanged();
+    }
 
-    // Shared by the companions; public so the companion classes in the .cpp can reach it.
-    struct State;
+    // Shared with the companions.
+    struct State
+    {
+        QHash<qint32, FakeParameterPtr> parameters;
+        QList<qint32> order;
+        QString siteId = QStringLiteral("PLANT1");
+        QString clientAddress = QStringLiteral("10.0.0.5");
+        ConnectionDescription connection{
+            QStringLiteral("data-primary"), QStringLiteral("data-secondary"),
+            QStringLiteral("das-primary"), QStringLiteral("das-secondary"),
+            QStringLiteral("/olvex/export")};
+        std::shared_ptr<FakeUser> user = std::make_shared<FakeUser>();
+        QHash<qint32, QString> units;
+        std::shared_ptr<FakeMessageRecords> records = std::make_shared<FakeMessageRecords>();
+        std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
+        std::shared_ptr<olvex::MessageLog> log;
+        QList<QList<int>> pidsOfTypesRequests;
+        std::array<std::optional<Error>, size_t(Op::Count)> failures;
+
+        void enter(Op op) const
+        {
+            if (const auto &failure = failures[size_t(op)]) {
+                throw *failure;
+            }
+        }
+    };
 
 private:
     std::shared_ptr<State> m_state;

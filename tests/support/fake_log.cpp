@@ -13,32 +13,10 @@ void RecordingLog::LogMessage(int severity, const QString &text)
 QStringList RecordingLog::texts() const
 {
     QStringList result;
-    result.reserve(m_lines.size());
     for (const LogLine &line : m_lines) {
         result.append(line.text);
     }
     return result;
-}
-
-QList<LogLine> RecordingLog::linesContaining(const QString &fragment) const
-{
-    QList<LogLine> result;
-    for (const LogLine &line : m_lines) {
-        if (line.text.contains(fragment)) {
-            result.append(line);
-        }
-    }
-    return result;
-}
-
-std::optional<LogLine> RecordingLog::find(const QString &fragment) const
-{
-    for (const LogLine &line : m_lines) {
-        if (line.text.contains(fragment)) {
-            return line;
-        }
-    }
-    return std::nullopt;
 }
 
 QList<LogLine> RecordingLog::linesStartingWith(const QString &code) const
@@ -46,17 +24,6 @@ QList<LogLine> RecordingLog::linesStartingWith(const QString &code) const
     QList<LogLine> result;
     for (const LogLine &line : m_lines) {
         if (line.text.startsWith(code)) {
-            result.append(line);
-        }
-    }
-    return result;
-}
-
-QList<LogLine> RecordingLog::linesOfSeverity(int severity) const
-{
-    QList<LogLine> result;
-    for (const LogLine &line : m_lines) {
-        if (line.severity == severity) {
             result.append(line);
         }
     }

@@ -35,16 +35,8 @@ public:
     QStringList texts() const;
     bool isEmpty() const { return m_lines.isEmpty(); }
     void clear() { m_lines.clear(); }
-
-    // Lines whose text contains fragment (case-sensitive).
-    QList<LogLine> linesContaining(const QString &fragment) const;
-    bool contains(const QString &fragment) const { return !linesContaining(fragment).isEmpty(); }
-    int count(const QString &fragment) const { return int(linesContaining(fragment).size()); }
-    // The first line containing fragment.
-    std::optional<LogLine> find(const QString &fragment) const;
     // Lines that start with code, e.g. "CSET-0084" or "[CSET-0066]".
     QList<LogLine> linesStartingWith(const QString &code) const;
-    QList<LogLine> linesOfSeverity(int severity) const;
 
     // From now on every LogMessage throws this error (after recording the line), to check that
     // a caller survives a failing log. nullopt turns it off.

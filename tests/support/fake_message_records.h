@@ -4,9 +4,7 @@
 
 #include <QList>
 #include <QString>
-#include <QStringList>
 
-#include <functional>
 #include <optional>
 #include <ostream>
 
@@ -31,8 +29,8 @@ inline void PrintTo(const PostedRecord &r, std::ostream *os)
         << ", written=" << r.written << ", \"" << r.text.toStdString() << "\")";
 }
 
-// A message-record writer that keeps every post. It can be told to refuse posts (all, or those
-// a predicate picks); a refused post is still recorded, with written false.
+// A message-record writer that keeps every post. Told to refuse, it still records each post,
+// with written false.
 class FakeMessageRecords : public MessageRecords
 {
 public:
@@ -41,22 +39,12 @@ public:
                            const QString &sourceCode, bool &ok) override;
 
     const QList<PostedRecord> &posts() const { return m_posts; }
-    // Only the posts that were written.
-    QList<PostedRecord> writtenPosts() const;
-    QList<PostedRecord> postsOfType(const QString &recordType) const;
-    QList<PostedRecord> postsWithSource(const QString &sourceCode) const;
-    QStringList texts() const;
-    void clear() { m_posts.clear(); }
-
     // Every post fails with errorText; nullopt lets them succeed again.
-    void setFailure(std::optional<QString> errorText);
-    // Posts for which refuse returns true fail with errorText (replaces setFailure).
-    void setFailure(std::function<bool(const PostedRecord &)> refuse, QString errorText);
+    void setFailure(std::optional<QString> errorText) { m_failure = std::move(errorText); }
 
 private:
     QList<PostedRecord> m_posts;
-    std::function<bool(const PostedRecord &)> m_refuse;
-    QString m_failureText;
+    std::optional<QString> m_failure;
 };
 
 } // namespace olvex

@@ -10,8 +10,8 @@ constexpr int kQueuedWrite = 3;
 FakeParameter::FakeParameter(qint32 pid, int parameterType, const QString &name)
     : m_pid(pid)
     , m_type(parameterType)
+    , m_name(name)
 {
-    m_names.insert(0, name);
     m_current.Value = Value::null();
 }
 
@@ -25,10 +25,10 @@ void FakeParameter::enter(Op op, std::optional<int> attribute) const
     }
 }
 
-QString FakeParameter::GetName(int form) const
+QString FakeParameter::GetName(int /*form*/) const
 {
     enter(Op::GetName);
-    return m_names.value(form, m_names.value(0));
+    return m_name;
 }
 
 Value FakeParameter::GetAttribute(int number) const
@@ -63,16 +63,6 @@ void FakeParameter::SetValues(int mode, const Value &value)
     }
 }
 
-void FakeParameter::setName(const QString &name, int form)
-{
-    m_names.insert(form, name);
-}
-
-void FakeParameter::setCurrentValue(const Value &value, int status, const QDateTime &time)
-{
-    m_current = {value, status, time};
-}
-
 int FakeParameter::applyPendingWrites(const QDateTime &time)
 {
     const int applied = int(m_pending.size());
@@ -98,11 +88,6 @@ void FakeParameter::dropPendingWrites()
 void FakeParameter::setFailure(Op op, const Error &error, std::optional<int> attribute)
 {
     m_failures.append({op, attribute, error});
-}
-
-void FakeParameter::clearFailures()
-{
-    m_failures.clear();
 }
 
 } // namespace olvex

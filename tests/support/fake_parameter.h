@@ -13,19 +13,15 @@
 
 namespace olvex {
 
-// Attribute numbers the fakes know about.
+// Attribute numbers the fakes set themselves.
 namespace FakeAttributes {
 inline constexpr int Readable = -9;
 inline constexpr int Changeable = -10;
 inline constexpr int DataType = -14;
 inline constexpr int DefaultValue = -19;
-inline constexpr int RecommendedLow = -28;
-inline constexpr int RecommendedHigh = -29;
 inline constexpr int MemberPids = -46;
 inline constexpr int ChangePending = -91;
 inline constexpr int AlarmGroup = -106;
-inline constexpr int Instructions = -152;
-inline constexpr int SupportsConfirmation = -159;
 } // namespace FakeAttributes
 
 // An in-memory parameter object.
@@ -67,27 +63,19 @@ public:
     void SetAttribute(int number, const Value &value) override;
     CurrentValue GetCurrentValue() const override;
     void SetValues(int mode, const Value &value) override;
-    bool InError() const override { return m_inError; }
-    QString UnitName() const override { return m_unitName; }
+    bool InError() const override { return false; }
+    QString UnitName() const override { return {}; }
 
-    // Test side: definition.
-    void setName(const QString &name, int form = 0);
-    void setParameterType(int type) { m_type = type; }
-    void setInError(bool inError) { m_inError = inError; }
-    void setUnitName(const QString &unitName) { m_unitName = unitName; }
+    // Test side.
     void setAttributeValue(int number, const Value &value) { m_attributes.insert(number, value); }
-    void removeAttribute(int number) { m_attributes.remove(number); }
-    // The stored attribute (Null when unset), read without counting or failing.
-    Value attributeValue(int number) const { return m_attributes.value(number, Value::null()); }
-
-    // Test side: current value.
-    void setCurrentValue(const Value &value, int status = 0, const QDateTime &time = {});
-    CurrentValue currentValue() const { return m_current; }
+    void setCurrentValue(const Value &value, int status = 0, const QDateTime &time = {})
+    {
+        m_current = {value, status, time};
+    }
 
     // Writes made through the interface, oldest first.
     const QList<ValueWrite> &valueWrites() const { return m_valueWrites; }
     const QList<AttributeWrite> &attributeWrites() const { return m_attributeWrites; }
-    bool isChangePending() const { return !m_pending.isEmpty(); }
     // Applies the queued writes in order (the last one wins), clears attribute -91, and stamps
     // the value with time and status 0. Returns how many writes were applied.
     int applyPendingWrites(const QDateTime &time = {});
@@ -97,7 +85,7 @@ public:
     // Failure injection: from now on op throws error. For GetAttribute and SetAttribute an
     // attribute number limits it to that attribute. clearFailures() undoes all.
     void setFailure(Op op, const Error &error, std::optional<int> attribute = std::nullopt);
-    void clearFailures();
+    void clearFailures() { m_failures.clear(); }
 
     // How often a component called op (failed calls included).
     int callCount(Op op) const { return m_calls[size_t(op)]; }
@@ -108,9 +96,7 @@ private:
 
     qint32 m_pid;
     int m_type;
-    QHash<int, QString> m_names;
-    bool m_inError = false;
-    QString m_unitName;
+    QString m_name;
     QHash<int, Value> m_attributes;
     CurrentValue m_current;
     QList<ValueWrite> m_valueWrites;

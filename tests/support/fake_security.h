@@ -35,7 +35,10 @@ public:
     };
 
     void Initialize(const QString &text1, const QString &text2, const QString &text3,
-                    const QString &text4, const QString &clientName, int flags) override;
+                    const QString &text4, const QString &clientName, int flags) override
+    {
+        m_initializeCalls.append({text1, text2, text3, text4, clientName, flags});
+    }
     bool CanChangeSetting(qint32 pid, bool defined) override;
 
     void setCanChangeSetting(bool answer) { m_answer = answer; }
@@ -43,7 +46,6 @@ public:
     // CanChangeSetting throws this error; nullopt turns it off.
     void setFailure(std::optional<Error> error) { m_failure = std::move(error); }
 
-    bool isInitialized() const { return !m_initializeCalls.isEmpty(); }
     const QList<InitializeCall> &initializeCalls() const { return m_initializeCalls; }
     const QList<Query> &queries() const { return m_queries; }
 

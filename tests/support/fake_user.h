@@ -1,13 +1,10 @@
 #pragma once
 
-#include "common/error.h"
 #include "common/host.h"
 
 #include <QList>
 #include <QSet>
 #include <QString>
-
-#include <optional>
 
 namespace olvex {
 
@@ -15,29 +12,24 @@ namespace olvex {
 class FakeUser : public User
 {
 public:
-    explicit FakeUser(QString name = QStringLiteral("operator"), QSet<int> privileges = {})
-        : m_name(std::move(name))
-        , m_privileges(std::move(privileges))
-    {}
-
     QString UserName() const override { return m_name; }
-    bool HasPrivilege(int privilege) const override;
+    bool HasPrivilege(int privilege) const override
+    {
+        m_queries.append(privilege);
+        return m_privileges.contains(privilege);
+    }
 
     void setName(const QString &name) { m_name = name; }
     void grant(int privilege) { m_privileges.insert(privilege); }
     void revoke(int privilege) { m_privileges.remove(privilege); }
     void setPrivileges(const QSet<int> &privileges) { m_privileges = privileges; }
-    const QSet<int> &privileges() const { return m_privileges; }
     // Every privilege asked for, in order.
     const QList<int> &privilegeQueries() const { return m_queries; }
-    // HasPrivilege throws; nullopt turns it off.
-    void setFailure(std::optional<Error> error) { m_failure = std::move(error); }
 
 private:
-    QString m_name;
+    QString m_name = QStringLiteral("operator");
     QSet<int> m_privileges;
     mutable QList<int> m_queries;
-    std::optional<Error> m_failure;
 };
 
 } // namespace olvex

@@ -6,55 +6,22 @@
 
 namespace olvex {
 
-namespace {
-
-bool answerFitsStyle(int answer, int style)
-{
-    switch (style) {
-    case MessageBoxStyle::Exclamation:
-    case MessageBoxStyle::Information:
-        return answer == MessageBoxAnswer::Ok;
-    case MessageBoxStyle::ExclamationYesNo:
-        return answer == MessageBoxAnswer::Yes || answer == MessageBoxAnswer::No;
-    default:
-        return false;
-    }
-}
-
-} // namespace
-
-ScriptedUi::ScriptedUi()
-    : m_security(std::make_shared<FakeSecurity>())
-{}
-
 int ScriptedUi::ShowMessageBox(const QString &text, int style, const QString &title)
 {
-    int answer = 0;
-    if (!m_answers.isEmpty()) {
-        answer = m_answers.takeFirst();
-    } else if (style == MessageBoxStyle::ExclamationYesNo) {
-        answer = MessageBoxAnswer::No;
-    } else {
-        answer = MessageBoxAnswer::Ok;
-    }
-    if (style != MessageBoxStyle::Exclamation && style != MessageBoxStyle::ExclamationYesNo
+    const bool question = style == MessageBoxStyle::ExclamationYesNo;
+    const int answer = !m_answers.isEmpty() ? m_answers.takeFirst()
+                       : question           ? MessageBoxAnswer::No
+                                            : MessageBoxAnswer::Ok;
+    if (!question && style != MessageBoxStyle::Exclamation
         && style != MessageBoxStyle::Information) {
         ADD_FAILURE() << "message box of unknown style " << style << ": " << text.toStdString();
-    } else if (!answerFitsStyle(answer, style)) {
+    } else if (question ? answer != MessageBoxAnswer::Yes && answer != MessageBoxAnswer::No
+                        : answer != MessageBoxAnswer::Ok) {
         ADD_FAILURE() << "scripted answer " << answer << " cannot answer a box of style " << style
                       << ": " << text.toStdString();
     }
     m_boxes.append({text, style, title, answer});
     return answer;
-}
-
-QStringList ScriptedUi::messageTexts() const
-{
-    QStringList texts;
-    for (const MessageBoxCall &box : m_boxes) {
-        texts.append(box.text);
-    }
-    return texts;
 }
 
 MessageBoxCall ScriptedUi::lastMessageBox() const
@@ -68,19 +35,15 @@ MessageBoxCall ScriptedUi::lastMessageBox() const
 
 int ScriptedUi::runModal(QDialog &dialog)
 {
-    ModalHandler handler;
-    if (!m_modalHandlers.isEmpty()) {
-        handler = m_modalHandlers.takeFirst();
-    } else {
-        handler = m_defaultModal;
-    }
+    const ModalHandler handler
+        = m_modalHandlers.isEmpty() ? m_defaultModal : m_modalHandlers.takeFirst();
     dialog.setResult(QDialog::Rejected);
     dialog.show();
     const int result = handler ? handler(dialog) : int(QDialog::Rejected);
     if (dialog.isVisible()) {
         dialog.done(result);
     }
-    m_modals.append({dialog.objectName(), dialog.windowTitle(), result});
+    m_modals.append(ModalDialogCall{result});
     return result;
 }
 
@@ -126,7 +89,7 @@ QString ScriptedUi::getOpenFileName(QWidget * /*parent*/, const QString &title,
 bool ScriptedUi::openWithAssociatedProgram(const QString &path)
 {
     m_openedFiles.append(path);
-    return m_openResult;
+    return true;
 }
 
 std::shared_ptr<Security> ScriptedUi::createSecurity()

@@ -42,8 +42,6 @@ struct FileDialogCall
 
 struct ModalDialogCall
 {
-    QString objectName;
-    QString windowTitle;
     int result = 0;
 };
 
@@ -63,8 +61,6 @@ class ScriptedUi : public UiServices
 public:
     using ModalHandler = std::function<int(QDialog &)>;
 
-    ScriptedUi();
-
     // UiServices
     int ShowMessageBox(const QString &text, int style, const QString &title) override;
     int runModal(QDialog &dialog) override;
@@ -74,15 +70,13 @@ public:
                             const QString &filter) override;
     bool openWithAssociatedProgram(const QString &path) override;
     void beep() override { ++m_beeps; }
-    QString applicationTitle() const override { return m_applicationTitle; }
+    QString applicationTitle() const override { return QStringLiteral("Olvex Test Host"); }
     std::shared_ptr<Security> createSecurity() override;
 
     // Message boxes.
-    void queueAnswer(int answer) { m_answers.append(answer); }
     void queueAnswers(const QList<int> &answers) { m_answers.append(answers); }
     int pendingAnswers() const { return int(m_answers.size()); }
     const QList<MessageBoxCall> &messageBoxes() const { return m_boxes; }
-    QStringList messageTexts() const;
     // The last box shown; fails the test and returns an empty call when none was.
     MessageBoxCall lastMessageBox() const;
     void clearMessageBoxes() { m_boxes.clear(); }
@@ -103,16 +97,12 @@ public:
     void queueOpenFileName(const QString &name) { m_openNames.append(name); }
     const QList<FileDialogCall> &fileDialogs() const { return m_fileDialogs; }
 
-    // Opening files.
+    // Files opened with their program (which always succeeds).
     const QStringList &openedFiles() const { return m_openedFiles; }
-    void setOpenResult(bool ok) { m_openResult = ok; }
-
-    void setApplicationTitle(const QString &title) { m_applicationTitle = title; }
 
     // The security object createSecurity hands out (the same one every time, so the test can
-    // configure and inspect it). Replace it to give a component a fresh one.
+    // configure and inspect it).
     std::shared_ptr<FakeSecurity> security() const { return m_security; }
-    void setSecurity(std::shared_ptr<FakeSecurity> security) { m_security = std::move(security); }
     int createSecurityCount() const { return m_createSecurityCount; }
 
 private:
@@ -126,9 +116,7 @@ private:
     QStringList m_openNames;
     QList<FileDialogCall> m_fileDialogs;
     QStringList m_openedFiles;
-    bool m_openResult = true;
-    QString m_applicationTitle = QStringLiteral("Olvex Test Host");
-    std::shared_ptr<FakeSecurity> m_security;
+    std::shared_ptr<FakeSecurity> m_security = std::make_shared<FakeSecurity>();
     int m_createSecurityCount = 0;
 };
 

@@ -1,0 +1,433 @@
+// Export and import of the settings file against a fake site.
+#include "importexport/settingsimportexport.h"
+
+#include "common/datetime.h"
+#include "importexport_test_util.h"
+#include "support/fake_data_interface.h"
+#include "support/fake_log.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <tuple>
+
+using namespace olvex;
+using namespace olvex::testutil;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// total, modified, notModified, parseErrors, configErrors, blanks, readOnly, failures
+using Counts = std::array<int, 8>;
+Counts all(const ImportCounts &c)
+{
+    return {c.total,        c.modified, c.notModified, c.parseErrors,
+            c.configErrors, c.blanks,   c.readOnly,    c.failures};
+}
+
+constexpr qint32 kNumber = 123456789;   // 1-234-5-67-89
+constexpr qint32 kText = 100000001;     // 1-000-0-00-01
+constexpr qint32 kReadOnly = 100000008; // 1-000-0-00-08
+constexpr qint32 kBroken = 100000011;   // 1-000-0-00-11
+
+class TransferTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(dir.isValid());
+        data->clock()->setNow(QDateTime(QDate(2025, 12, 31), QTime(23, 59, 58)));
+        data->addSetting(kNumber, "SO2 span", 1, Value(12.5), Value(10));
+        data->setUnitsText(kNumber, "ppm");
+        data->addSetting(kText, "Label", 7, Value("abc"));
+        data->addSetting(kReadOnly, "Serial", 7, Value("A-1"))
+            ->setAttributeValue(FakeAttributes::Changeable, false);
+        data->addSetting(kBroken, "Broken", 1, Value(1))
+            ->setFailure(FakeParameter::Op::SetValues, Error(9, "Write refused"));
+        data->addGroup(100000100, "Group", {kNumber}); // 1-000-0-01-00, not a setting
+    }
+
+    // Every file in the folder: a temporary file left beside the export shows up here.
+    QStringList folderEntries() const
+    {
+        return QDir(dir.path()).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+    // Adds n changeable number settings, a hundred to a PID group, from first on; returns their
+    // PIDs.
+    QList<qint32> addNumberSettings(int n, qint32 first)
+    {
+        QList<qint32> pids;
+        for (int i = 0; i < n; ++i) {
+            pids.append(first + (i / 100) * 100000 + i % 100);
+            data->addSetting(pids.last(), QStringLiteral("Setting %1").arg(i), 1, Value(i + 1));
+        }
+        return pids;
+    }
+    bool importBytes(const QByteArray &bytes, ImportPreview *preview = nullptr)
+    {
+        writeBytes(path, bytes);
+        return transfer.ImportSettings(path, errorText, counts, preview);
+    }
+    // Imports the site line and the given lines.
+    bool import(const QStringList &lines, ImportPreview *preview = nullptr)
+    {
+        return importBytes(settingsFile(QStringList{";SiteID=PLANT1"} + lines), preview);
+    }
+    QList<FakeParameter::ValueWrite> writes(qint32 pid) const
+    {
+        return data->parameter(pid)->valueWrites();
+    }
+
+    QTemporaryDir dir;
+    QString path = dir.filePath("settings.csv");
+    std::shared_ptr<FakeDataInterface> data = std::make_shared<FakeDataInterface>();
+    std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
+    SettingsImportExport transfer{data, log};
+    ExportCounts exported;
+    QString errorText;
+    ImportCounts counts;
+};
+
+// Over a longer file of that name, which must go entirely.
+TEST_F(TransferTest, WritesHeaderAndOneLinePerSetting)
+{
+    writeBytes(path, QByteArray(10000, 'x'));
+    const QDateTime when(QDate(2024, 5, 6), QTime(7, 8, 9));
+    data->addSetting(100000002, "Limit, hourly", 7, Value("say \"hi\" now"));
+    data->setUnitsText(100000002, "lb/hr, avg");
+    data->addSetting(100000003, "Not yet read", 1, Value::null(), Value(0));
+    data->addSetting(100000004, "Last cal", 4, Value(when));
+    data->addSetting(100000005, "Cal day", 2, Value(when));
+    data->addSetting(100000006, "Cal time", 3, Value(when));
+    data->addSetting(100000007, "Auto cal", 5, Value(true), Value(true));
+    data->addSetting(100000009, "Manual cal", 5, Value(0), Value(false));
+    data->addSetting(99999, "Orphan", 7, Value("x"));
+    data->addSetting(100000010, "Notes", 7, Value("line1\r\nline2\nline3\rline4"));
+    data->addSetting(100000012, u"Temp \u00B0F"_s, 7, Value(u"\u201Equoted\u201C"_s));
+    data->setUnitsText(100000012, u"\u20AC/MWh"_s);
+
+    ASSERT_TRUE(transfer.ExportSettings(path, exported));
+    const QByteArray bytes = readBytes(path);
+    const QStringList expected = {
+        ";SiteID=PLANT1",
+        ";Time=2025-12-31 23:59:58",
+        ";PID,UNIT,SETTING,VALUE,DEFAULT",
+        "1-234-5-67-89,ppm,SO2 span,12.5,10",
+        "1-000-0-00-01,,Label,abc,",
+        "1-000-0-00-08,,Serial,A-1,,Read only",
+        "1-000-0-00-11,,Broken,1,",
+        "1-000-0-00-02,\"lb/hr, avg\",\"Limit, hourly\",\"say \"\"hi\"\" now\",",
+        "1-000-0-00-03,,Not yet read,,0",
+        "1-000-0-00-04,,Last cal,2024/05/06 07:08:09,",
+        "1-000-0-00-05,,Cal day,2024/05/06,",
+        "1-000-0-00-06,,Cal time,07:08:09,",
+        "1-000-0-00-07,,Auto cal,True,-1",
+        "1-000-0-00-09,,Manual cal,0,0",
+        ",,Orphan,x,",
+        "1-000-0-00-10,,Notes,line1 line2 line3 line4,",
+        u"1-000-0-00-12,\u20AC/MWh,Temp \u00B0F,\u201Equoted\u201C,"_s,
+    };
+    EXPECT_EQ(fileLines(bytes), expected);
+    EXPECT_TRUE(bytes.endsWith("1-000-0-00-12,\x80/MWh,Temp \xB0"
+                               "F,\x84quoted\x93,\r\n"));
+    EXPECT_EQ(std::tuple(exported.count, exported.nullCount, exported.allNullOrZero),
+              std::tuple(14, 1, false));
+    EXPECT_TRUE(log->isEmpty());
+    EXPECT_EQ(folderEntries(), QStringList{"settings.csv"});
+
+    // Read back, the file changes nothing it can change but the text that lost its line breaks;
+    // the setting without a PID, the one without a value and the read-only one are refused.
+    ASSERT_TRUE(transfer.ImportSettings(path, errorText, counts));
+    EXPECT_EQ(all(counts), (Counts{14, 1, 10, 1, 0, 1, 1}));
+    for (const auto &p : data->parameters())
+        EXPECT_EQ(p->valueWrites().size(), p->PidNumber() == 100000010 ? 1 : 0) << p->PidNumber();
+    // Once the service has applied it, the same file is "not changed" there too.
+    data->applyPendingWrites();
+    ASSERT_TRUE(transfer.ImportSettings(path, errorText, counts));
+    EXPECT_EQ(counts.notModified, 11);
+}
+
+TEST_F(TransferTest, AllNullOrZeroFlag)
+{
+    const QDateTime zero = zeroDate();
+    const struct
+    {
+        const char *name;
+        QList<std::pair<int, Value>> values; // data type, current value
+        bool allNullOrZero;
+        int nullCount;
+    } cases[] = {
+        {"no settings: the header alone", {}, true, 0},
+        {"zeros",
+         {{1, Value(0)}, {7, Value("")}, {4, Value(zero)}, {2, Value(zero)}, {1, Value()}},
+         true,
+         0},
+        {"a number", {{1, Value::null()}, {1, Value::null()}, {1, Value(5)}}, false, 2},
+        {"zero written otherwise", {{1, Value("0.0")}}, false, 0},
+        {"zero day, not midnight", {{3, Value(zero.addSecs(3600))}}, false, 0},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        auto site = std::make_shared<FakeDataInterface>();
+        qint32 pid = 100000001;
+        for (const auto &[type, value] : c.values)
+            site->addSetting(pid++, "s", type, value);
+        exported = ExportCounts{99, 99, false};
+        ASSERT_TRUE(SettingsImportExport(site, nullptr).ExportSettings(path, exported));
+        EXPECT_EQ(std::tuple(exported.count, exported.nullCount, exported.allNullOrZero),
+                  std::tuple(c.values.size(), c.nullCount, c.allNullOrZero));
+        EXPECT_EQ(fileLines(readBytes(path)).size(), 3 + c.values.size());
+    }
+}
+
+// Whatever goes wrong, the file of that name is the one that was there before, and no
+// temporary file is left beside it.
+TEST_F(TransferTest, FailureLeavesTheOldFile)
+{
+    addNumberSettings(600, 300000000);
+    const QByteArray old("old content\r\n");
+    const QString failed = "Cannot export settings. Error ";
+    const struct
+    {
+        const char *name;
+        std::function<void()> breakIt; // stays broken for the cases after it
+        QString target;
+        QString logLine; // the start of the one line logged; empty: nothing logged
+    } cases[] = {
+        {"cancelled halfway",
+         [&] {
+             transfer.setProgressHandler([](qint64 done, qint64 total) {
+                 EXPECT_EQ(total, 604);
+                 return done < 300;
+             });
+         },
+         path, ""},
+        {"folder not there", [&] { transfer.setProgressHandler({}); },
+         dir.filePath("missing/settings.csv"), failed + "75, "},
+        {"value unreadable halfway",
+         [&] {
+             data->setFailure(300000000 + 4 * 100000 + 17, FakeParameter::Op::GetCurrentValue,
+                              Error(9, "Value unreadable"));
+         },
+         path, failed + "9, Value unreadable [CSET-0058]"},
+        {"store offline",
+         [&] {
+             data->setFailure(FakeDataInterface::Op::GetPidsOfTypes, Error(5, "Store offline"));
+         },
+         path, failed + "5, Store offline [CSET-0058]"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        writeBytes(path, old);
+        log->clear();
+        c.breakIt();
+        EXPECT_FALSE(transfer.ExportSettings(c.target, exported));
+        EXPECT_EQ(transfer.wasCancelled(), c.logLine.isEmpty());
+        EXPECT_EQ(readBytes(path), old);
+        EXPECT_EQ(folderEntries(), QStringList{"settings.csv"});
+        EXPECT_EQ(log->lines().size(), c.logLine.isEmpty() ? 0 : 1);
+        for (const LogLine &line : log->lines()) {
+            EXPECT_EQ(line.severity, Severity::Error);
+            EXPECT_TRUE(line.text.startsWith(c.logLine) && line.text.endsWith(" [CSET-0058]"))
+                << line.text.toStdString();
+        }
+    }
+}
+
+// The first line must name this site. (A file that is not there: the command line's test.)
+TEST_F(TransferTest, SiteLine)
+{
+    const QString notFound = "Cannot import settings. Cannot find site ID. [CSET-0063] First line "
+                             "in file must start with ;SiteID=";
+    const QString blank = "Cannot import settings. Site ID is blank. First line in file must "
+                          "specify the Olvex site ID. [CSET-0064]";
+    // The first lines, and the error (empty: accepted).
+    const QList<std::pair<QStringList, QString>> cases = {
+        {{";SiteID=PLANT1"}, ""},
+        {{";SiteID=plant1"}, ""},
+        {{";SiteID=PLANT1,,,,"}, ""},
+        {{"   ;SiteID=PLANT1   "}, ""},
+        {{";SiteID= PLANT1 second word"}, ""},
+        {{";SiteID= "}, blank},
+        {{"SiteID=PLANT1"}, notFound},
+        {{}, notFound},
+        {{";SiteID=south"},
+         "Cannot import settings. Site ID 'SOUTH' in file does not match the Olvex site ID "
+         "'PLANT1'. [CSET-0065]"},
+    };
+    for (const auto &[lines, error] : cases) {
+        SCOPED_TRACE(lines.join('|').toStdString());
+        const qsizetype writesBefore = writes(kNumber).size();
+        EXPECT_EQ(importBytes(settingsFile(lines + QStringList{"1-234-5-67-89,,,13"})),
+                  error.isEmpty());
+        EXPECT_EQ(errorText, error);
+        EXPECT_EQ(writes(kNumber).size() - writesBefore, error.isEmpty() ? 1 : 0);
+    }
+    EXPECT_TRUE(log->isEmpty());
+}
+
+// Each refused line is logged as the reason, two blanks and the line.
+TEST_F(TransferTest, EachLineIsCountedAndLogged)
+{
+    const QString parse = "[CSET-0066] Cannot import setting. Cannot parse line. ";
+    const QString blank = "[CSET-0069] Cannot import setting. Value is blank.";
+    const QString readOnly = "[CSET-0072] Cannot import setting. Setting is read-only.";
+    const QString noPid = "[CSET-0068] Cannot import setting. Cannot parse PID.";
+    const struct
+    {
+        QString line;
+        Counts counts;
+        int severity; // of the one log line, 0: none
+        QString reason;
+    } cases[] = {
+        {"1-234-5-67-89,ppm,SO2 span,12.5,10", {1, 0, 1}, 0, ""},
+        {"1-234-5-67-89,ppm,SO2 span,13,10", {1, 1}, 0, ""},
+        {"123456789,,,13", {1, 1}, 0, ""},
+        {"#123456789,,,13", {1, 1}, 0, ""},
+        {"1-234-5-67-89,ppm,SO2 span, \"12.5\" ,10", {1, 0, 1}, 0, ""},
+        {"  1-000-0-00-01,,Label,abc  ", {1, 0, 1}, 0, ""},
+        {"1-000-0-00-01,,Label,ABC", {1, 1}, 0, ""},
+        {"1-234-5-67-89,ppm,\"a\"b,1",
+         {1, 0, 0, 1},
+         Severity::Error,
+         parse + "[CSV-0002] Parse error at position 22. Quote followed by illegal character."},
+        {"1-234-5-67-89,ppm,\"SO2",
+         {1, 0, 0, 1},
+         Severity::Error,
+         parse + "[CSV-0001] Parse error at position 23. Found unpaired quote."},
+        {"1-234-5-67-89,ppm,SO2 span",
+         {1, 0, 0, 0, 0, 1},
+         Severity::Note,
+         "[CSET-0067] Cannot import setting. Line does not contain enough items."},
+        {"no pid,ppm,x,5", {1, 0, 0, 1}, Severity::Error, noPid},
+        {",,Orphan,5", {1, 0, 0, 1}, Severity::Error, noPid},
+        {"1-234-5-67-89,ppm,SO2 span,   ,10", {1, 0, 0, 0, 0, 1}, Severity::Note, blank},
+        {"1-234-5-67-89,ppm,SO2 span,\"\",10", {1, 0, 0, 0, 0, 1}, Severity::Note, blank},
+        {"1-000-0-00-50,,Unknown,5",
+         {1, 0, 0, 0, 1},
+         Severity::Error,
+         "[CSET-0070] Cannot import setting. PID not defined."},
+        {"1-000-0-01-00,,Group,5",
+         {1, 0, 0, 0, 1},
+         Severity::Error,
+         "[CSET-0071] Cannot import setting. PID is not a Setting parameter."},
+        {"1-000-0-00-08,,Serial,B-2,,Read only", {1, 0, 0, 0, 0, 0, 1}, Severity::Error, readOnly},
+        // Read only comes before the comparison: an unchanged value is refused all the same.
+        {"1-000-0-00-08,,Serial,A-1,,Read only", {1, 0, 0, 0, 0, 0, 1}, Severity::Error, readOnly},
+    };
+    // Each line alone, looked up PID by PID (a small file) and against the batch of all
+    // settings read up front (a large one): the outcome must not depend on the way.
+    for (const bool batch : {false, true}) {
+        transfer.setBatchFromLines(batch ? 0 : 1000000);
+        for (const auto &c : cases) {
+            SCOPED_TRACE((batch ? "batch: " : "by PID: ") + c.line.toStdString());
+            log->clear();
+            ASSERT_TRUE(import({c.line})) << errorText.toStdString();
+            EXPECT_EQ(all(counts), c.counts);
+            EXPECT_TRUE(errorText.isEmpty());
+            if (c.severity == 0)
+                EXPECT_TRUE(log->isEmpty()) << log->texts().join('\n').toStdString();
+            else
+                EXPECT_EQ(log->lines(), (QList<LogLine>{{c.severity, c.reason + "  " + c.line}}));
+        }
+    }
+    EXPECT_EQ(data->pidsOfTypesRequests().size(), std::size(cases));
+}
+
+// First as a preview: what would change and what is refused, with no write and no log line (a
+// write that would fail is not tried, so it is a change). Then for real: the value goes to the
+// setting as the text of the file in a list of one; a write the store refuses is counted and
+// logged with its reason. Last with the store failing.
+TEST_F(TransferTest, PreviewThenImport)
+{
+    const QStringList lines
+        = {"1-000-0-00-11,,Broken,2", "1-234-5-67-89,ppm,SO2 span,13,10",
+           "1-000-0-00-01,,Label,\"x, y\"", "1-000-0-00-08,,Serial,B-2,,Read only"};
+    ImportPreview preview;
+    ASSERT_TRUE(import(lines, &preview));
+    EXPECT_EQ(all(counts), (Counts{4, 3, 0, 0, 0, 0, 1}));
+    ASSERT_EQ(preview.changes.size(), 3);
+    const ImportChange &change = preview.changes[1];
+    EXPECT_EQ(QStringList({QString::number(change.lineNumber), QString::number(change.pid),
+                           change.name, change.currentText, change.fileText}),
+              QStringList({"3", QString::number(kNumber), "SO2 span", "12.5", "13"}));
+    ASSERT_EQ(preview.refusals.size(), 1);
+    const ImportRefusal &refusal = preview.refusals[0];
+    EXPECT_EQ(
+        QStringList({QString::number(refusal.lineNumber), refusal.reason, refusal.line}),
+        QStringList({"5", "[CSET-0072] Cannot import setting. Setting is read-only.", lines[3]}));
+    for (const qint32 pid : {kNumber, kText, kBroken})
+        EXPECT_TRUE(writes(pid).isEmpty());
+    EXPECT_TRUE(log->isEmpty());
+
+    ASSERT_TRUE(import(lines));
+    EXPECT_EQ(all(counts), (Counts{4, 2, 0, 0, 0, 0, 1, 1}));
+    EXPECT_EQ(writes(kNumber),
+              (QList<FakeParameter::ValueWrite>{{3, Value(QList<Value>{Value("13")})}}));
+    EXPECT_EQ(writes(kText),
+              (QList<FakeParameter::ValueWrite>{{3, Value(QList<Value>{Value("x, y")})}}));
+    EXPECT_EQ(
+        log->texts(),
+        (QStringList{"[CSET-0078] Error 9, Write refused; PID=1-000-0-00-11",
+                     "[CSET-0073] Cannot import setting. Attempt to change setting failed.  "
+                         + lines[0],
+                     "[CSET-0072] Cannot import setting. Setting is read-only.  " + lines[3]}));
+    for (const LogLine &line : log->lines())
+        EXPECT_EQ(line.severity, Severity::Error);
+
+    // A store that fails unexpectedly stops the import; what changed before stays changed.
+    log->clear();
+    data->parameter(kText)->setFailure(FakeParameter::Op::GetAttribute, Error(5, "Store offline"),
+                                       FakeAttributes::Changeable);
+    EXPECT_FALSE(import(lines.mid(1)));
+    EXPECT_EQ(errorText, "Cannot import settings. Error 5, Store offline [CSET-0074]");
+    EXPECT_EQ(log->lines(), (QList<LogLine>{{Severity::Error, errorText}}));
+    EXPECT_EQ(all(counts), (Counts{2, 1}));
+    EXPECT_EQ(writes(kNumber).size(), 2);
+}
+
+// Comments and blank lines are not counted; any line end will do; the file is Windows-1252
+// unless a byte order mark says UTF-8.
+TEST_F(TransferTest, FileFormsAllReadTheSame)
+{
+    const QString text = u"\u20AC \u201Equoted\u201C 5\u00B0"_s;
+    data->parameter(kText)->setCurrentValue(Value(text));
+    const QByteArray ansi = "\x80 \x84quoted\x93 5\xB0";
+    const QList<std::pair<QByteArray, Counts>> cases = {
+        {settingsFile({";SiteID=PLANT1", ";Time=2025-12-31 23:59:58",
+                       ";PID,UNIT,SETTING,VALUE,DEFAULT", "", "     ", "  ; indented comment",
+                       "1-234-5-67-89,ppm,SO2 span,13,10", ""}),
+         {1, 1}},
+        {";SiteID=PLANT1\r1-234-5-67-89,,,13\n\r1-000-0-00-01,,," + ansi + "\n", {2, 1, 1}},
+        {"\xEF\xBB\xBF;SiteID=PLANT1\r\n1-000-0-00-01,,Label," + text.toUtf8() + "\r\n", {1, 0, 1}},
+    };
+    for (const auto &[bytes, expected] : cases) {
+        ASSERT_TRUE(importBytes(bytes)) << errorText.toStdString();
+        EXPECT_EQ(all(counts), expected) << bytes.toStdString();
+    }
+}
+
+TEST_F(TransferTest, CancelKeepsWhatChangedAndTheCountsSoFar)
+{
+    const QList<qint32> pids = addNumberSettings(1000, 200000000);
+    QStringList lines;
+    for (const qint32 pid : pids)
+        lines.append(QStringLiteral("%1,,s,0").arg(pid));
+    transfer.setProgressHandler([](qint64 done, qint64 total) {
+        EXPECT_EQ(total, 1001);
+        return done < 512;
+    });
+    ASSERT_TRUE(import(lines));
+    EXPECT_TRUE(transfer.wasCancelled());
+    EXPECT_TRUE(errorText.startsWith("Import cancelled after line 511."))
+        << errorText.toStdString();
+    // Lines 2 to 511 were imported; the rest of the file was not touched.
+    EXPECT_EQ(all(counts), (Counts{510, 510}));
+    for (int i = 0; i < 1000; ++i)
+        ASSERT_EQ(writes(pids[i]).size(), i < 510 ? 1 : 0) << "line " << i + 2;
+}
+
+} // namespace
