@@ -79,6 +79,20 @@ public:
     virtual bool PidExists(qint32 pid) const = 0;
     // Throws olvex::Error when the PID has no definition.
     virtual ParameterPtr GetPid(qint32 pid, bool definition = true) const = 0;
+    // The parameters of pids, one for each in the same order; null for a PID without
+    // definition. A list fill asks for its rows in one call, so that a directory over a
+    // database can read them together instead of one round trip per row; the objects still
+    // read their current values when asked, never from an earlier call. This default asks one
+    // by one.
+    virtual ParameterList GetPids(const QList<qint32> &pids) const
+    {
+        ParameterList parameters;
+        parameters.reserve(pids.size());
+        for (const qint32 pid : pids) {
+            parameters.append(PidExists(pid) ? GetPid(pid, true) : nullptr);
+        }
+        return parameters;
+    }
 };
 
 class UnitsLookup

@@ -24,7 +24,7 @@ void DefinitionCache::clear()
         ++m_generation;
     }
     m_records.clear();
-    m_pidsByType.clear();
+    m_recordsByType.clear();
     m_loadedTypes.clear();
 }
 
@@ -41,35 +41,34 @@ QList<DefinitionCache::Record> DefinitionCache::ofTypes(const QList<int> &types)
     }
     if (!missing.isEmpty()) {
         QList<ParameterRecord> loaded = m_store->parametersOfTypes(missing);
+        for (const int type : missing) {
+            m_recordsByType[type]; // an empty list for a type without parameters
+        }
         for (ParameterRecord &record : loaded) {
             const qint32 pid = record.pid;
             const int type = record.type;
-            m_pidsByType[type].append(pid);
             auto shared = std::make_shared<const ParameterRecord>(std::move(record));
+            m_recordsByType[type].append(shared);
             m_records.insert(pid, std::move(shared));
         }
         for (const int type : missing) {
             m_loadedTypes.insert(type);
-            m_pidsByType[type]; // an empty list for a type without parameters
         }
     }
-    QList<qint32> pids;
+    if (types.size() == 1) {
+        return m_recordsByType.value(types.first()); // shared, not copied
+    }
+    QList<Record> records;
     QSet<int> seen;
     for (const int type : types) {
         if (!seen.contains(type)) {
             seen.insert(type);
-            pids.append(m_pidsByType.value(type));
+            records.append(m_recordsByType.value(type));
         }
     }
     if (seen.size() > 1) {
-        std::sort(pids.begin(), pids.end());
-    }
-    QList<Record> records;
-    records.reserve(pids.size());
-    for (const qint32 pid : pids) {
-        if (Record record = m_records.value(pid)) {
-            records.append(std::move(record));
-        }
+        std::sort(records.begin(), records.end(),
+                  [](const Record &a, const Record &b) { return a->pid < b->pid; });
     }
     return records;
 }
@@ -89,6 +88,36 @@ DefinitionCache::Record DefinitionCache::find(qint32 pid)
     return record;
 }
 
+QList<DefinitionCache::Record> DefinitionCache::findAll(const QList<qint32> &pids)
+{
+    if (m_revision < 0) {
+        revalidate();
+    }
+    QList<qint32> missing;
+    for (const qint32 pid : pids) {
+        if (!m_records.contains(pid)) {
+            missing.append(pid);
+        }
+    }
+    if (!missing.isEmpty()) {
+        for (ParameterRecord &record : m_store->parameters(missing)) {
+            const qint32 pid = record.pid;
+            m_records.insert(pid, std::make_shared<const ParameterRecord>(std::move(record)));
+        }
+        for (const qint32 pid : std::as_const(missing)) {
+            if (!m_records.contains(pid)) {
+                m_records.insert(pid, nullptr); // known to have no definition
+            }
+        }
+    }
+    QList<Record> records;
+    records.reserve(pids.size());
+    for (const qint32 pid : pids) {
+        records.append(m_records.value(pid));
+    }
+    return records;
+}
+
 void DefinitionCache::attributeWritten(qint32 pid, int number, const Value &value,
                                        qint64 newRevision)
 {
@@ -105,6 +134,15 @@ void DefinitionCache::attributeWritten(qint32 pid, int number, const Value &valu
     }
     auto updated = std::make_shared<ParameterRecord>(**it);
     updated->setAttribute(number, value);
+    const auto byType = m_recordsByType.find(updated->type);
+    if (byType != m_recordsByType.end()) {
+        QList<Record> &list = *byType;
+        const auto at = std::lower_bound(list.begin(), list.end(), pid,
+                                         [](const Record &r, qint32 p) { return r->pid < p; });
+        if (at != list.end() && (*at)->pid == pid) {
+            *at = updated;
+        }
+    }
     *it = std::move(updated);
     ++m_generation;
 }

@@ -12,9 +12,10 @@ namespace olvex {
 
 // The definitions a data interface has read, shared by all the parameter objects it hands out.
 // All parameters of a type come in one batch the first time that type is asked for; a single
-// PID missing from the cache costs one query for its whole definition. The cache trusts itself
-// until the site's definition revision moves (another program changed a definition); the data
-// interface checks that at the start of each list fill (GetPidsOfTypes, GetPidDirectory).
+// PID missing from the cache costs one query for its whole definition, and so does a list. The
+// cache trusts itself until the site's definition revision moves (another program changed a
+// definition); the data interface checks that at the start of each list fill (GetPidsOfTypes,
+// GetPidDirectory).
 class DefinitionCache
 {
 public:
@@ -34,6 +35,8 @@ public:
     QList<Record> ofTypes(const QList<int> &types);
     // The definition of pid; null when the PID has none.
     Record find(qint32 pid);
+    // find() of each PID, in order; the ones not cached yet come in one batch.
+    QList<Record> findAll(const QList<qint32> &pids);
 
     // Counted up whenever any cached definition is replaced or dropped: a parameter object
     // holding a definition of an older generation looks it up again.
@@ -47,8 +50,8 @@ private:
     void clear();
 
     std::shared_ptr<SiteStore> m_store;
-    QHash<qint32, Record> m_records; // a null record: known to have no definition
-    QHash<int, QList<qint32>> m_pidsByType;
+    QHash<qint32, Record> m_records;           // a null record: known to have no definition
+    QHash<int, QList<Record>> m_recordsByType; // of the loaded types, ascending by PID
     QSet<int> m_loadedTypes;
     qint64 m_revision = -1;
     bool m_alternativeState = false;

@@ -11,6 +11,8 @@
 
 #include <QSqlQuery>
 
+#include <charconv>
+
 namespace olvex {
 
 namespace {
@@ -47,6 +49,48 @@ void bindValue(QSqlQuery &query, const Value &value)
     const StoredValue stored = encodeValue(value);
     query.addBindValue(stored.kind);
     query.addBindValue(stored.text);
+}
+
+// Runs statement once for a list of PIDs and hands every row to onRow. In the statement,
+// "column %IN_PIDS%" is the condition that column is one of the PIDs, and "%PIDS%" a table of
+// them (column pid) to join, which reads them as they come instead of first sorting them into an
+// index; either appears once. One bound text carries the whole list (SQLite reads it as a JSON
+// array, PostgreSQL as an integer array): one statement text for any length, which stays
+// prepared, and no backend's limit on bound values is reached.
+template<class OnRow>
+void forPidList(SqlConnection &sql, const QString &statement, const QList<qint32> &pids,
+                OnRow &&onRow)
+{
+    if (pids.isEmpty()) {
+        return;
+    }
+    const bool sqlite = sql.isSqlite();
+    // "[1,2]" or "{1,2}": at most eleven characters and a separator per PID.
+    QByteArray list(pids.size() * 12 + 2, Qt::Uninitialized);
+    char *out = list.data();
+    *out++ = sqlite ? '[' : '{';
+    for (qsizetype i = 0; i < pids.size(); ++i) {
+        if (i > 0) {
+            *out++ = ',';
+        }
+        out = std::to_chars(out, list.data() + list.size(), pids[i]).ptr;
+    }
+    *out++ = sqlite ? ']' : '}';
+    list.truncate(out - list.data());
+    QString text = statement;
+    text.replace(QStringLiteral("%IN_PIDS%"),
+                 sqlite ? QStringLiteral("IN (SELECT value FROM json_each(?))")
+                        : QStringLiteral("= ANY (CAST(? AS integer[]))"));
+    text.replace(QStringLiteral("%PIDS%"),
+                 sqlite ? QStringLiteral("(SELECT value AS pid FROM json_each(?))")
+                        : QStringLiteral("(SELECT unnest(CAST(? AS integer[])) AS pid)"));
+    QSqlQuery &query = sql.prepared(text);
+    QueryScope scope(query);
+    query.addBindValue(QString::fromLatin1(list));
+    sql.exec(query);
+    while (query.next()) {
+        onRow(query);
+    }
 }
 
 } // namespace
@@ -131,6 +175,37 @@ std::optional<ParameterRecord> SiteStore::parameter(qint32 pid)
     return record;
 }
 
+QList<ParameterRecord> SiteStore::parameters(const QList<qint32> &pids)
+{
+    QList<ParameterRecord> records;
+    forPidList(*m_sql,
+               QStringLiteral(
+                   "SELECT p.pid, p.name, p.ptype, p.plant_unit, u.name, p.units_text, p.in_error,"
+                   " a.number, a.vkind, a.val FROM parameters p"
+                   " LEFT JOIN plant_units u ON u.unit_number = p.plant_unit"
+                   " LEFT JOIN attributes a ON a.pid = p.pid WHERE p.pid %IN_PIDS%"
+                   " ORDER BY p.pid, a.number"),
+               pids, [&](const QSqlQuery &query) {
+                   const qint32 pid = query.value(0).toInt();
+                   if (records.isEmpty() || records.last().pid != pid) {
+                       ParameterRecord &record = records.emplace_back();
+                       record.pid = pid;
+                       record.name = query.value(1).toString();
+                       record.type = query.value(2).toInt();
+                       record.plantUnit = query.value(3).toInt();
+                       record.unitName = query.value(4).toString();
+                       record.unitsText = query.value(5).toString();
+                       record.inError = query.value(6).toInt() != 0;
+                   }
+                   if (!query.value(7).isNull()) {
+                       records.last().attributes.emplace_back(
+                           query.value(7).toInt(),
+                           decodeValue(query.value(8).toInt(), query.value(9).toString()));
+                   }
+               });
+    return records;
+}
+
 bool SiteStore::parameterExists(qint32 pid)
 {
     QSqlQuery &query = m_sql->prepared(QStringLiteral("SELECT 1 FROM parameters WHERE pid = ?"));
@@ -157,9 +232,11 @@ QHash<qint32, LiveState> SiteStore::liveStatesOfTypes(const QList<int> &types)
         }
     }
     {
+        // Few writes wait at a time: the queue, through its state index, drives the join (SQLite
+        // keeps the order of a CROSS JOIN) instead of a look into it for every parameter.
         QSqlQuery &query = m_sql->prepared(
-            u"SELECT DISTINCT w.pid FROM pending_writes w JOIN parameters p ON p.pid = w.pid"
-            u" WHERE w.state IN ('queued', 'claimed') AND p.ptype IN "
+            u"SELECT DISTINCT w.pid FROM pending_writes w CROSS JOIN parameters p"
+            u" WHERE p.pid = w.pid AND w.state IN ('queued', 'claimed') AND p.ptype IN "
             + in);
         QueryScope scope(query);
         m_sql->exec(query);
@@ -168,6 +245,44 @@ QHash<qint32, LiveState> SiteStore::liveStatesOfTypes(const QList<int> &types)
         }
     }
     transaction.commit();
+    return states;
+}
+
+QHash<qint32, LiveState> SiteStore::liveStates(const QList<qint32> &pids)
+{
+    QHash<qint32, LiveState> states;
+    if (pids.isEmpty()) {
+        return states;
+    }
+    states.reserve(pids.size());
+    Transaction transaction(*m_sql, SqlConnection::TransactionKind::Read);
+    forPidList(*m_sql,
+               QStringLiteral("SELECT c.pid, c.vkind, c.val, c.status, c.time FROM %PIDS% j"
+                              " JOIN current_values c ON c.pid = j.pid"),
+               pids, [&](const QSqlQuery &query) {
+                   readLiveRow(query, 1, states[query.value(0).toInt()]);
+               });
+    // Few writes wait at a time: the waiting ones, found through the queue's state index, cost
+    // less than a look into the queue for every PID.
+    QList<qint32> waiting;
+    {
+        QSqlQuery &query = m_sql->prepared(QStringLiteral(
+            "SELECT DISTINCT pid FROM pending_writes WHERE state IN ('queued', 'claimed')"));
+        QueryScope scope(query);
+        m_sql->exec(query);
+        while (query.next()) {
+            waiting.append(query.value(0).toInt());
+        }
+    }
+    transaction.commit();
+    if (!waiting.isEmpty()) {
+        const QSet<qint32> asked(pids.cbegin(), pids.cend());
+        for (const qint32 pid : std::as_const(waiting)) {
+            if (asked.contains(pid)) {
+                states[pid].changePending = true;
+            }
+        }
+    }
     return states;
 }
 

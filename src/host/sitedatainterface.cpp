@@ -84,12 +84,13 @@ ParameterList SiteDataInterface::GetPidsOfTypes(const QList<int> &types)
     m_context->cache.revalidate();
     const QList<DefinitionCache::Record> records = m_context->cache.ofTypes(types);
     QHash<qint32, LiveState> live = m_context->store->liveStatesOfTypes(types);
+    const auto readAt = std::chrono::steady_clock::now();
     ParameterList parameters;
     parameters.reserve(records.size());
     for (const DefinitionCache::Record &record : records) {
         auto it = live.find(record->pid);
         parameters.append(std::make_shared<SiteParameter>(
-            m_context, record, it != live.end() ? std::move(*it) : LiveState{}));
+            m_context, record, it != live.end() ? std::move(*it) : LiveState{}, readAt));
     }
     return parameters;
 }

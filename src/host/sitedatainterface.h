@@ -29,7 +29,8 @@ class SiteMessageLog;
 //     auto di = std::make_shared<SiteDataInterface>(store, HostSession{"operator"});
 // Throws olvex::Error when the site knows no such user. Every read goes through a definition
 // cache that is checked against the site's revision at the start of each list fill, so a list
-// costs a few queries whatever its length; current values are read again on demand.
+// (GetPidsOfTypes, or a directory's GetPids) costs a few queries whatever its length; current
+// values are read again on demand.
 class SiteDataInterface final : public DataInterface
 {
     Q_OBJECT

@@ -17,14 +17,15 @@ constexpr int kInvalidCall = 5;
 } // namespace
 
 SiteParameter::SiteParameter(std::shared_ptr<SiteContext> context,
-                             DefinitionCache::Record definition, std::optional<LiveState> live)
+                             DefinitionCache::Record definition, std::optional<LiveState> live,
+                             std::chrono::steady_clock::time_point readAt)
     : m_context(std::move(context))
     , m_definition(std::move(definition))
     , m_generation(m_context->cache.generation())
 {
     Q_ASSERT(m_definition);
     if (live) {
-        m_live = Live{std::move(*live), std::chrono::steady_clock::now()};
+        m_live = Live{std::move(*live), readAt};
     }
 }
 

@@ -11,14 +11,16 @@ namespace olvex {
 
 // A parameter object over the site store. The definition comes from the data interface's
 // cache; the live state (current value and change-pending, attribute -91) is read on demand,
-// one query for both. A live state that came with the object (GetPidsOfTypes reads them for the
-// whole list in one query) serves the first read of each of the two, if it is younger than a
-// few seconds; every later read asks the store again.
+// one query for both. A live state that came with the object (GetPidsOfTypes and the PID
+// directory's GetPids read them for the whole list at once) serves the first read of each of the
+// two, if it is younger than a few seconds; every later read asks the store again.
 class SiteParameter final : public Parameter
 {
 public:
+    // live, when given, was read at readAt (a list's objects share one time).
     SiteParameter(std::shared_ptr<SiteContext> context, DefinitionCache::Record definition,
-                  std::optional<LiveState> live = std::nullopt);
+                  std::optional<LiveState> live = std::nullopt,
+                  std::chrono::steady_clock::time_point readAt = std::chrono::steady_clock::now());
 
     QString GetName(int form = 0) const override;
     int ParameterType() const override;

@@ -27,6 +27,28 @@ ParameterPtr SitePidDirectory::GetPid(qint32 pid, bool) const
     return std::make_shared<SiteParameter>(m_context, std::move(record));
 }
 
+ParameterList SitePidDirectory::GetPids(const QList<qint32> &pids) const
+{
+    const QList<DefinitionCache::Record> records = m_context->cache.findAll(pids);
+    QList<qint32> defined;
+    defined.reserve(pids.size());
+    for (const DefinitionCache::Record &record : records) {
+        if (record) {
+            defined.append(record->pid);
+        }
+    }
+    QHash<qint32, LiveState> live = m_context->store->liveStates(defined);
+    const auto readAt = std::chrono::steady_clock::now();
+    ParameterList parameters;
+    parameters.reserve(pids.size());
+    for (const DefinitionCache::Record &record : records) {
+        parameters.append(record ? std::make_shared<SiteParameter>(m_context, record,
+                                                                   live.value(record->pid), readAt)
+                                 : nullptr);
+    }
+    return parameters;
+}
+
 SiteUnitsLookup::SiteUnitsLookup(std::shared_ptr<SiteContext> context)
     : m_context(std::move(context))
 {}

@@ -15,6 +15,10 @@ public:
     explicit SitePidDirectory(std::shared_ptr<SiteContext> context);
     bool PidExists(qint32 pid) const override;
     ParameterPtr GetPid(qint32 pid, bool definition = true) const override;
+    // The definitions the cache lacks in one batch, the live states of the whole list in
+    // another: each object's first read of its value and of its change-pending flag is served
+    // from that (see SiteParameter); every call reads them afresh.
+    ParameterList GetPids(const QList<qint32> &pids) const override;
 
 private:
     std::shared_ptr<SiteContext> m_context;

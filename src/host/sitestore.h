@@ -128,10 +128,16 @@ public:
     // Definitions, batched: all parameters of the types, ascending by PID, with every attribute.
     QList<ParameterRecord> parametersOfTypes(const QList<int> &types);
     std::optional<ParameterRecord> parameter(qint32 pid);
+    // The definitions of the PIDs that have one, ascending by PID, each once; one query
+    // whatever the list's length.
+    QList<ParameterRecord> parameters(const QList<qint32> &pids);
     bool parameterExists(qint32 pid);
     // Live states of all parameters of the types (one query, plus one for pending writes).
     QHash<qint32, LiveState> liveStatesOfTypes(const QList<int> &types);
     LiveState liveState(qint32 pid);
+    // Live states of the PIDs (one query, plus one for pending writes); a PID with neither a
+    // current value nor a pending write is left out.
+    QHash<qint32, LiveState> liveStates(const QList<qint32> &pids);
 
     // Writes one attribute at once, with its audit row; counts the revision up and returns the
     // new revision.

@@ -30,6 +30,8 @@ struct SortedGroup
 // All setting groups (parameter type 5) of the data interface, parents before their children
 // and siblings by order number, then name: the lines sorted by character code. Parents are
 // looked up among the groups first and in the PID directory otherwise, each once.
-QList<SortedGroup> sortedSettingGroups(DataInterface &dataInterface);
+// Without sort lines (sortLine left empty) the order costs a few allocations for the whole list
+// instead of one more for each group: enough for a caller that only builds the tree.
+QList<SortedGroup> sortedSettingGroups(DataInterface &dataInterface, bool withSortLines = true);
 
 } // namespace olvex

@@ -245,15 +245,9 @@ QString ValueRangeText(const Value &lower, const Value &upper)
     if (!hasLower && !hasUpper) {
         return {};
     }
-    QString text;
-    if (hasLower) {
-        text += lower.toText();
-    }
-    text += QStringLiteral(" ... ");
-    if (hasUpper) {
-        text += upper.toText();
-    }
-    return text;
+    // One concatenation: a list of thousands of settings builds one range per row.
+    return (hasLower ? lower.toText() : QString()) + u" ... "
+           + (hasUpper ? upper.toText() : QString());
 }
 
 FormattedValue formatDefinitionValue(const Parameter &definition, const Value &value,

@@ -105,6 +105,108 @@ TEST_P(DataInterfaceTest, AListFillCostsAFewQueriesWhateverItsLength)
     EXPECT_LE(statements() - beforeRows, quint64(members.size()) * 2);
 }
 
+// A group's members as PIDs, with an undefined member and a repeated one at the end.
+QList<qint32> groupRows(PidDirectory &directory)
+{
+    QList<qint32> pids;
+    const Value members
+        = directory.GetPid(DemoPids::unit1SO2Group(), true)->GetAttribute(GroupAttr::Members);
+    for (const Value &member : members.toArray()) {
+        pids.append(qint32(*member.toInteger()));
+    }
+    pids << DemoPids::undefinedMember() << DemoPids::unit1SO2Span();
+    return pids;
+}
+
+TEST_P(DataInterfaceTest, AGroupsRowsComeInOneCallWhateverItsLength)
+{
+    demo();
+    const QList<qint32> rows = groupRows(*as(QStringLiteral("viewer"))->GetPidDirectory());
+    ASSERT_GE(rows.size(), 10);
+    // A fresh data interface each, so that no definition is cached: a short list and the whole
+    // group cost the same few statements, and reading every row's state costs none.
+    std::optional<quint64> cost;
+    for (const qsizetype length : {qsizetype(2), rows.size()}) {
+        SCOPED_TRACE(length);
+        auto di = as(QStringLiteral("viewer"));
+        auto directory = di->GetPidDirectory();
+        const QList<qint32> pids = rows.mid(rows.size() - length);
+        const quint64 start = statements();
+        const ParameterList parameters = directory->GetPids(pids);
+        const quint64 afterList = statements();
+        ASSERT_EQ(parameters.size(), pids.size());
+        for (qsizetype i = 0; i < pids.size(); ++i) {
+            const ParameterPtr &p = parameters[i];
+            ASSERT_EQ(p != nullptr, pids[i] != DemoPids::undefinedMember()) << pids[i];
+            if (p) {
+                EXPECT_EQ(p->PidNumber(), pids[i]);
+                p->GetName(0);
+                // What the editor reads of a row: the value, change-pending and definition.
+                settingRowState(*p, di->AlternativeState(), nullptr);
+                p->GetAttribute(SettingAttr::DefaultValue);
+            }
+        }
+        EXPECT_EQ(statements(), afterList) << "the rows' first reads come with the list";
+        EXPECT_LE(afterList - start, 6u);
+        if (cost) {
+            EXPECT_EQ(afterList - start, *cost) << "the cost does not grow with the list";
+        }
+        cost = afterList - start;
+    }
+}
+
+TEST_P(DataInterfaceTest, AGroupsRowsShowWhatTheSiteHoldsAtEachCall)
+{
+    demo();
+    auto di = as(QStringLiteral("operator"));
+    auto directory = di->GetPidDirectory();
+    const QList<qint32> pids = groupRows(*directory);
+    // The same as asking one by one.
+    const ParameterList together = directory->GetPids(pids);
+    for (qsizetype i = 0; i < pids.size(); ++i) {
+        if (!together[i]) {
+            EXPECT_FALSE(directory->PidExists(pids[i]));
+            continue;
+        }
+        const ParameterPtr alone = directory->GetPid(pids[i], true);
+        EXPECT_EQ(together[i]->GetName(0), alone->GetName(0));
+        EXPECT_EQ(together[i]->GetCurrentValue().Value.debugText(),
+                  alone->GetCurrentValue().Value.debugText());
+        EXPECT_EQ(together[i]->GetAttribute(SettingAttr::ChangePending),
+                  alone->GetAttribute(SettingAttr::ChangePending))
+            << pids[i];
+    }
+
+    // Another program changes values between two fills.
+    const qint32 span = DemoPids::unit1SO2Span();
+    const qint32 serial = DemoPids::unit1SO2SerialNumber();
+    auto other = SiteStore::open(site());
+    other->setCurrentValue(span, Value(432), 0, Actor{}, QStringLiteral("test"));
+    other->queueValueWrite(serial, Value(QStringLiteral("SN-2")), Actor{});
+
+    struct Case
+    {
+        qint32 pid;
+        Value value; // Empty: not checked
+        bool pending;
+    };
+    const QList<Case> cases{{span, Value(432), false}, {serial, Value(), true}};
+    const ParameterList again = di->GetPidDirectory()->GetPids(pids);
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.pid);
+        const qsizetype at = pids.indexOf(c.pid);
+        ASSERT_GE(at, 0);
+        if (!c.value.isEmpty()) {
+            EXPECT_EQ(again[at]->GetCurrentValue().Value, c.value) << "the next fill";
+            EXPECT_EQ(together[at]->GetCurrentValue().Value, c.value)
+                << "a row of the earlier fill, read again";
+        }
+        EXPECT_EQ(again[at]->GetAttribute(SettingAttr::ChangePending).isTrue(), c.pending);
+        EXPECT_EQ(together[at]->GetAttribute(SettingAttr::ChangePending).isTrue(), c.pending);
+    }
+    EXPECT_TRUE(di->GetPidDirectory()->GetPids({}).isEmpty());
+}
+
 TEST_P(DataInterfaceTest, AnotherProgramsDefinitionChangeShowsAtTheNextFill)
 {
     demo();

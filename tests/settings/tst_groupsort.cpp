@@ -114,6 +114,30 @@ TEST_F(GroupSort, ALoopInTheParentsEndsThePath)
     EXPECT_EQ(lines.at(1).count(u';'), 1);
 }
 
+TEST_F(GroupSort, TheOrderAloneIsTheOrderOfTheLines)
+{
+    // Names that are prefixes of each other, a negative order, a parent from the directory and
+    // a loop: the cases where the lines' characters decide.
+    group(100001, QStringLiteral("Unit"), 1);
+    group(100002, QStringLiteral("Unit 2"), 1);
+    group(100003, QStringLiteral("Stack"), 2, 100001);
+    group(100004, QStringLiteral("Stack"), -2, 100002);
+    group(100005, QStringLiteral("Loop A"), 5, 100006);
+    group(100006, QStringLiteral("Loop B"), 5, 100005);
+    di.addSetting(100009, QStringLiteral("Holder"), 7, Value("x"));
+    group(100007, QStringLiteral("Held"), 3, 100009);
+    const QList<SortedGroup> lines = sortedSettingGroups(di);
+    const QList<SortedGroup> order = sortedSettingGroups(di, false);
+    ASSERT_EQ(order.size(), lines.size());
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        SCOPED_TRACE(lines[i].sortLine.toStdString());
+        EXPECT_EQ(order[i].group->PidNumber(), lines[i].group->PidNumber());
+        EXPECT_EQ(order[i].name, lines[i].name);
+        EXPECT_EQ(order[i].parentPid, lines[i].parentPid);
+        EXPECT_TRUE(order[i].sortLine.isEmpty());
+    }
+}
+
 TEST_F(GroupSort, NoGroupsGiveNoLines)
 {
     di.addSetting(100009, QStringLiteral("Setting"), 1, Value(1));

@@ -1,5 +1,7 @@
 #include "common/widgets/keyedtree.h"
 
+#include "common/widgets/fielditem.h"
+
 #include <QHeaderView>
 
 namespace olvex {
@@ -7,6 +9,44 @@ namespace olvex {
 namespace {
 
 constexpr int KeyRole = Qt::UserRole + 1;
+
+// A node keeps its text, key and image in fields (see FieldItem).
+class KeyedNode final : public FieldItem
+{
+public:
+    KeyedNode(const QString &text, const QString &key, const QIcon &icon)
+        : m_text(text)
+        , m_key(key)
+    {
+        if (!icon.isNull()) {
+            m_image = icon;
+        }
+    }
+
+protected:
+    QVariant *field(int column, int role) override
+    {
+        if (column != 0) {
+            return nullptr;
+        }
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::EditRole:
+            return &m_text;
+        case KeyRole:
+            return &m_key;
+        case Qt::DecorationRole:
+            return &m_image;
+        default:
+            return nullptr;
+        }
+    }
+
+private:
+    QVariant m_text;
+    QVariant m_key;
+    QVariant m_image;
+};
 
 } // namespace
 
@@ -45,11 +85,7 @@ QTreeWidgetItem *KeyedTree::addNode(const QString &key, QTreeWidgetItem *parent,
         return nullptr;
     }
     // Filled before it is attached, so the view hears of the node once.
-    auto *item = new QTreeWidgetItem(QStringList{text});
-    item->setData(0, KeyRole, key);
-    if (!icon.isNull()) {
-        item->setIcon(0, icon);
-    }
+    auto *item = new KeyedNode(text, key, icon);
     if (parent) {
         parent->addChild(item);
     } else if (m_batchDepth > 0) {
@@ -142,16 +178,13 @@ void KeyedTree::flushPending()
 KeyedTree::Batch::Batch(KeyedTree &tree)
     : m_tree(tree)
 {
-    if (m_tree.m_batchDepth++ == 0) {
-        m_tree.setUpdatesEnabled(false);
-    }
+    ++m_tree.m_batchDepth;
 }
 
 KeyedTree::Batch::~Batch()
 {
     if (--m_tree.m_batchDepth == 0) {
         m_tree.flushPending();
-        m_tree.setUpdatesEnabled(true);
     }
 }
 

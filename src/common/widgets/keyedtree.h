@@ -7,13 +7,14 @@
 #include <QString>
 #include <QTreeWidget>
 
-#include <unordered_map>
+#include <memory_resource>
 
 namespace olvex {
 
 // A tree whose nodes carry unique keys: nodes are added below a parent named by its key and
 // found by key in constant time. nodeClicked follows the user's click or keyboard move;
-// selectNode() never emits it.
+// selectNode() never emits it. The tree has one column; its nodes keep their text, key and image
+// in fields (see FieldItem), so a node's columnCount() is 0.
 class KeyedTree : public QTreeWidget
 {
     Q_OBJECT
@@ -45,6 +46,7 @@ public:
 
     // Nodes added inside a batch are built apart from the view and reach it in one insertion
     // when the batch ends: a large tree costs the view one update instead of one per node.
+    // (Updates stay enabled: turning them back on would repaint the scroll bars too.)
     class Batch
     {
     public:
@@ -63,7 +65,8 @@ Q_SIGNALS:
 private:
     void flushPending();
 
-    std::unordered_map<QString, QTreeWidgetItem *, ShortKeyHash> m_byKey;
+    std::pmr::unsynchronized_pool_resource m_keyPool;
+    KeyIndex m_byKey{&m_keyPool};
     QList<QTreeWidgetItem *> m_pendingRoots;
     int m_batchDepth = 0;
     bool m_selectingInCode = false;

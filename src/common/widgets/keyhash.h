@@ -4,6 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
+#include <unordered_map>
+
+class QTreeWidgetItem;
 
 namespace olvex {
 
@@ -22,5 +26,10 @@ struct ShortKeyHash
         return size_t(h);
     }
 };
+
+// The key index of the list helpers. Its entries come from a pool of its own (give it one that
+// outlives it): filling thousands of rows, and clearing them before the next fill, then costs no
+// trip through the general heap per row.
+using KeyIndex = std::pmr::unordered_map<QString, QTreeWidgetItem *, ShortKeyHash>;
 
 } // namespace olvex

@@ -1,13 +1,50 @@
 #include "common/widgets/reportlist.h"
 
+#include "common/widgets/fielditem.h"
+#include "common/widgets/plaintextwidths.h"
+
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QStyledItemDelegate>
+
+#include <cmath>
 
 namespace olvex {
 
 namespace {
 
 enum Role { KeyRole = Qt::UserRole + 1, TagRole, IconRole };
+
+// A row keeps its key, tag, icon number and image in fields (see FieldItem); its texts stay in
+// the item's own lists, so that columnCount() counts them.
+class ReportRow final : public FieldItem
+{
+protected:
+    QVariant *field(int column, int role) override
+    {
+        if (column != 0) {
+            return nullptr;
+        }
+        switch (role) {
+        case KeyRole:
+            return &m_key;
+        case TagRole:
+            return &m_tag;
+        case IconRole:
+            return &m_icon;
+        case Qt::DecorationRole:
+            return &m_image;
+        default:
+            return nullptr;
+        }
+    }
+
+private:
+    QVariant m_key;
+    QVariant m_tag;
+    QVariant m_icon;
+    QVariant m_image;
+};
 
 } // namespace
 
@@ -35,6 +72,8 @@ ReportList::ReportList(QWidget *parent)
             [this](QTreeWidgetItem *item, int) { Q_EMIT rowActivated(item); });
 }
 
+ReportList::~ReportList() = default;
+
 void ReportList::setColumns(const QStringList &headers)
 {
     setColumnCount(int(headers.size()));
@@ -44,14 +83,16 @@ void ReportList::setColumns(const QStringList &headers)
 QTreeWidgetItem *ReportList::addRow(const QString &key, const QString &text, const QString &tag,
                                     int smallIcon)
 {
-    auto *item = new QTreeWidgetItem;
+    auto *item = new ReportRow;
     item->setText(0, text);
     item->setData(0, TagRole, tag);
     if (!key.isEmpty() && m_byKey.count(key) == 0) {
         item->setData(0, KeyRole, key);
         m_byKey.emplace(key, item);
     }
-    setSmallIcon(item, smallIcon);
+    if (smallIcon != 0 || m_icons.contains(0)) {
+        setSmallIcon(item, smallIcon); // a new row reads as icon 0 without an image already
+    }
     if (m_batchDepth > 0) {
         m_pending.append(item);
     } else {
@@ -159,11 +200,65 @@ void ReportList::selectRow(QTreeWidgetItem *item)
 void ReportList::autoSizeColumn(int column)
 {
     flushPending();
-    resizeColumnToContents(column);
+    if (const std::optional<int> widest = widestPlainText(column)) {
+        setColumnWidth(column, *widest);
+    } else {
+        resizeColumnToContents(column);
+    }
     const int headerWidth = header()->sectionSizeHint(column);
     if (columnWidth(column) < headerWidth) {
         setColumnWidth(column, headerWidth);
     }
+}
+
+// The width the delegate asks for the widest text of a column of plain-text cells, over all rows,
+// without asking it for every row: a list of thousands of values would spend more time there than
+// on filling itself. The summed widths (PlainTextWidths) pick the widest text; the delegate sizes
+// that one and the texts the sums cannot weigh, and the others differ from it only by their
+// text's width. nullopt, and the view measures as it always does, for anything else: column 0
+// (icons, indentation), a delegate of its own, word wrap, a cell with an icon, font, check box or
+// size hint, or a font that does not shape the widest text as the sums say.
+std::optional<int> ReportList::widestPlainText(int column)
+{
+    const int rows = topLevelItemCount();
+    if (column <= 0 || column >= columnCount() || rows == 0 || wordWrap()
+        || itemDelegateForColumn(column)
+        || itemDelegate()->metaObject() != &QStyledItemDelegate::staticMetaObject) {
+        return std::nullopt;
+    }
+    if (!m_textWidths) {
+        m_textWidths = std::make_unique<PlainTextWidths>(font());
+    }
+    int widest = 0;
+    int widestSummed = -1; // the row of the widest sum
+    qreal widestSum = 0;
+    for (int i = 0; i < rows; ++i) {
+        const QTreeWidgetItem *item = topLevelItem(i);
+        for (const int role :
+             {Qt::DecorationRole, Qt::FontRole, Qt::CheckStateRole, Qt::SizeHintRole}) {
+            if (item->data(column, role).isValid()) {
+                return std::nullopt;
+            }
+        }
+        const QString text = item->text(column);
+        if (const std::optional<qreal> sum = m_textWidths->width(text)) {
+            if (widestSummed < 0 || *sum > widestSum) {
+                widestSummed = i;
+                widestSum = *sum;
+            }
+        } else {
+            widest = std::max(widest, sizeHintForIndex(indexFromItem(item, column)).width());
+        }
+    }
+    if (widestSummed >= 0) {
+        const QTreeWidgetItem *item = topLevelItem(widestSummed);
+        const qreal exact = m_textWidths->exactWidth(item->text(column));
+        if (std::abs(exact - widestSum) > 1e-3) {
+            return std::nullopt;
+        }
+        widest = std::max(widest, sizeHintForIndex(indexFromItem(item, column)).width());
+    }
+    return widest;
 }
 
 void ReportList::keyPressEvent(QKeyEvent *event)
@@ -174,6 +269,14 @@ void ReportList::keyPressEvent(QKeyEvent *event)
         return;
     }
     QTreeWidget::keyPressEvent(event);
+}
+
+void ReportList::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        m_textWidths.reset();
+    }
+    QTreeWidget::changeEvent(event);
 }
 
 void ReportList::flushPending()
@@ -188,16 +291,13 @@ void ReportList::flushPending()
 ReportList::Batch::Batch(ReportList &list)
     : m_list(list)
 {
-    if (m_list.m_batchDepth++ == 0) {
-        m_list.setUpdatesEnabled(false);
-    }
+    ++m_list.m_batchDepth;
 }
 
 ReportList::Batch::~Batch()
 {
     if (--m_list.m_batchDepth == 0) {
         m_list.flushPending();
-        m_list.setUpdatesEnabled(true);
     }
 }
 

@@ -9,9 +9,13 @@
 #include <QStringList>
 #include <QTreeWidget>
 
-#include <unordered_map>
+#include <memory>
+#include <memory_resource>
+#include <optional>
 
 namespace olvex {
+
+class PlainTextWidths;
 
 // A list of report rows with the semantics every component's lists share: each row has a key
 // (unique among the rows, may be empty), a tag, a small icon chosen by number from the list's
@@ -25,6 +29,7 @@ class ReportList : public QTreeWidget
     Q_OBJECT
 public:
     explicit ReportList(QWidget *parent = nullptr);
+    ~ReportList() override;
 
     void setColumns(const QStringList &headers);
     void setSmallIcons(const QHash<int, QIcon> &icons) { m_icons = icons; }
@@ -50,10 +55,12 @@ public:
     QTreeWidgetItem *selectedRow() const;
     // Makes item the current, selected row and scrolls to it (null clears the selection).
     void selectRow(QTreeWidgetItem *item);
-    // Column width: the wider of its header and its texts.
+    // Column width: the wider of its header and its texts (all of them, when the column holds
+    // plain text; else the rows the view measures by itself).
     void autoSizeColumn(int column);
 
-    // Rows added inside a batch reach the view in one insertion when the batch ends.
+    // Rows added inside a batch reach the view in one insertion when the batch ends. (Updates
+    // stay enabled: turning them back on would repaint the scroll bars and header too.)
     class Batch
     {
     public:
@@ -72,12 +79,16 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     void flushPending();
+    std::optional<int> widestPlainText(int column);
 
     QHash<int, QIcon> m_icons;
-    std::unordered_map<QString, QTreeWidgetItem *, ShortKeyHash> m_byKey;
+    std::unique_ptr<PlainTextWidths> m_textWidths; // of the current font, made when first needed
+    std::pmr::unsynchronized_pool_resource m_keyPool;
+    KeyIndex m_byKey{&m_keyPool};
     QList<QTreeWidgetItem *> m_pending;
     int m_batchDepth = 0;
     bool m_selectingInCode = false;

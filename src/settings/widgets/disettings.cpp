@@ -20,6 +20,8 @@
 #include <QTextEdit>
 #include <QVBoxLayout>
 
+#include <optional>
+
 namespace olvex {
 
 namespace {
@@ -310,14 +312,29 @@ void DISettings::addUndefinedRow(qint32 pid)
 
 namespace {
 
-// A group member as a PID; anything else ends the fill with a type mismatch.
-qint32 memberPid(const Value &element)
+// A group's members as PIDs, up to the first member that is no PID: that one ends the fill with
+// a type mismatch once the members before it are listed.
+struct MemberPids
 {
-    const std::optional<qint64> number = element.isNumeric() ? element.toInteger() : std::nullopt;
-    if (!number || *number != qint32(*number)) {
-        throw Error(13, u"Type mismatch: the group member " + element.toText() + u" is no PID");
+    QList<qint32> pids;
+    std::optional<Error> stop;
+};
+
+MemberPids memberPids(const QList<Value> &members)
+{
+    MemberPids out;
+    out.pids.reserve(members.size());
+    for (const Value &element : members) {
+        const std::optional<qint64> number
+            = element.isNumeric() ? element.toInteger() : std::nullopt;
+        if (!number || *number != qint32(*number)) {
+            out.stop
+                = Error(13, u"Type mismatch: the group member " + element.toText() + u" is no PID");
+            break;
+        }
+        out.pids.append(qint32(*number));
     }
-    return qint32(*number);
+    return out;
 }
 
 } // namespace
@@ -325,19 +342,21 @@ qint32 memberPid(const Value &element)
 void DISettings::FillSettingsList(const Value &pids, bool selectFirst)
 {
     if (pids.isArray()) {
-        // One directory, log and state for the whole fill: each costs the data interface a
-        // look at the site.
+        // One directory, log and state for the whole fill, and the rows' parameters in one
+        // call: each costs the data interface a look at the site.
         const std::shared_ptr<PidDirectory> dir = directory();
         const std::shared_ptr<MessageLog> log = mobjDI->MessageLog();
         const bool alternativeState = mobjDI->AlternativeState();
+        const MemberPids members = memberPids(pids.toArray());
+        const ParameterList definitions = dir->GetPids(members.pids);
         ReportList::Batch batch(*m_lsvSettings);
-        for (const Value &element : pids.toArray()) {
-            const qint32 pid = memberPid(element);
-            if (!dir->PidExists(pid)) {
+        for (qsizetype i = 0; i < members.pids.size(); ++i) {
+            const qint32 pid = members.pids[i];
+            const ParameterPtr definition = definitions.value(i);
+            if (!definition) {
                 addUndefinedRow(pid);
                 continue;
             }
-            const ParameterPtr definition = dir->GetPid(pid, true);
             QTreeWidgetItem *row
                 = m_lsvSettings->addRow(rowKeyOf(pid), definition->GetName(0), rowTagOf(pid));
             guarded([&] { showSettingState(row, *definition, alternativeState, log.get()); },
@@ -355,6 +374,9 @@ void DISettings::FillSettingsList(const Value &pids, bool selectFirst)
                 ValueRangeText(definition->GetAttribute(SettingAttr::RecommendedLow),
                                definition->GetAttribute(SettingAttr::RecommendedHigh)));
         }
+        if (members.stop) {
+            throw *members.stop;
+        }
     }
     if (m_lsvSettings->rowCount() > 0 && selectFirst) {
         QTreeWidgetItem *first = m_lsvSettings->row(0);
@@ -370,21 +392,26 @@ void DISettings::FillAlarmList(const Value &pids, bool selectFirst)
 {
     if (pids.isArray()) {
         const std::shared_ptr<PidDirectory> dir = directory();
+        const MemberPids members = memberPids(pids.toArray());
+        const ParameterList definitions = dir->GetPids(members.pids);
         ReportList::Batch alarmBatch(*m_lsvAlarmSettings);
         ReportList::Batch settingsBatch(*m_lsvSettings);
-        for (const Value &element : pids.toArray()) {
-            const qint32 pid = memberPid(element);
-            if (!dir->PidExists(pid)) {
+        for (qsizetype i = 0; i < members.pids.size(); ++i) {
+            const qint32 pid = members.pids[i];
+            const ParameterPtr definition = definitions.value(i);
+            if (!definition) {
                 addUndefinedRow(pid);
                 continue;
             }
-            const ParameterPtr definition = dir->GetPid(pid, true);
             QTreeWidgetItem *row
                 = m_lsvAlarmSettings->addRow(rowKeyOf(pid), definition->GetName(0), rowTagOf(pid));
             guarded([&] { showAlarmSetpoints(row, *definition); },
                     [this](const CaughtError &error) {
                         emitProblem(QStringLiteral("SED-005/UI-094: "), error);
                     });
+        }
+        if (members.stop) {
+            throw *members.stop;
         }
     }
     // The first-row selection looks at the settings list, where only undefined members of an

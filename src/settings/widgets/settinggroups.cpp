@@ -6,7 +6,7 @@
 #include "settings/settingattributes.h"
 #include "settings/widgets/settingicons.h"
 
-#include <unordered_map>
+#include <QHash>
 
 namespace olvex {
 
@@ -16,8 +16,8 @@ namespace {
 // A number that is no valid PID still gets its ten digits, so such a group keeps a node.
 QString tenDigits(qint32 pid, char16_t prefix = 0)
 {
-    const QString head = prefix != 0 ? QString(QChar(prefix)) : QString();
     if (pid < 0 || pid > 999999999) {
+        const QString head = prefix != 0 ? QString(QChar(prefix)) : QString();
         return head + QString::number(pid).rightJustified(10, u'0');
     }
     const int offset = prefix != 0 ? 1 : 0;
@@ -58,6 +58,34 @@ struct GroupImages
     QIcon alarm;
 };
 
+// The node images, kept with the tree: every load hands out the same two icon objects, whose
+// engine keeps what it rendered; new icons would render their images again at each load's first
+// paint.
+class TreeGroupImages final : public QObject
+{
+public:
+    static constexpr const char *kName = "olvexGroupImages";
+
+    explicit TreeGroupImages(QObject *tree)
+        : QObject(tree)
+        , images{groupIcon(false), groupIcon(true)}
+    {
+        setObjectName(QLatin1String(kName));
+    }
+
+    const GroupImages images;
+};
+
+const GroupImages &groupImages(KeyedTree &tree)
+{
+    auto *held = dynamic_cast<TreeGroupImages *>(tree.findChild<QObject *>(
+        QLatin1String(TreeGroupImages::kName), Qt::FindDirectChildrenOnly));
+    if (!held) {
+        held = new TreeGroupImages(&tree); // owned by the tree
+    }
+    return held->images;
+}
+
 QTreeWidgetItem *addGroupNode(DataInterface &dataInterface, const Parameter &group,
                               const QString &name, QTreeWidgetItem *parent, KeyedTree &tree,
                               bool withMembers, const GroupImages &images)
@@ -93,30 +121,30 @@ QTreeWidgetItem *AddGroupNode(DataInterface &dataInterface, const Parameter &gro
 {
     QTreeWidgetItem *parent = parentPid != 0 ? tree.findByKey(groupNodeKey(parentPid)) : nullptr;
     return addGroupNode(dataInterface, group, group.GetName(0), parent, tree, withMembers,
-                        {groupIcon(false), groupIcon(true)});
+                        groupImages(tree));
 }
 
 void LoadSettingGroups(DataInterface &dataInterface, KeyedTree &tree, bool withMembers)
 {
-    const QList<SortedGroup> groups = sortedSettingGroups(dataInterface);
-    const GroupImages images{groupIcon(false), groupIcon(true)};
+    const QList<SortedGroup> groups = sortedSettingGroups(dataInterface, false);
+    const GroupImages &images = groupImages(tree);
     // Parents by PID: cheaper than building each parent's key to find its node.
-    std::unordered_map<qint32, QTreeWidgetItem *> nodes;
-    nodes.reserve(size_t(groups.size()));
+    QHash<qint32, QTreeWidgetItem *> nodes;
+    nodes.reserve(groups.size());
     {
         KeyedTree::Batch batch(tree);
         tree.reserveNodes(tree.nodeCount() + int(groups.size()));
         for (const SortedGroup &line : groups) {
             QTreeWidgetItem *parent = nullptr;
             if (line.parentPid != 0) {
-                const auto found = nodes.find(line.parentPid);
-                parent = found != nodes.end()
-                             ? found->second
+                const auto found = nodes.constFind(line.parentPid);
+                parent = found != nodes.constEnd()
+                             ? *found
                              : tree.findByKey(groupNodeKey(line.parentPid)); // an earlier load
             }
             if (QTreeWidgetItem *node = addGroupNode(dataInterface, *line.group, line.name, parent,
                                                      tree, withMembers, images)) {
-                nodes.emplace(line.group->PidNumber(), node);
+                nodes.insert(line.group->PidNumber(), node);
             }
         }
     }

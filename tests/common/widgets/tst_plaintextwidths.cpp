@@ -1,0 +1,74 @@
+// Column widths from summed glyph widths must match what the view's delegate measures.
+#include "common/widgets/plaintextwidths.h"
+#include "common/widgets/reportlist.h"
+
+#include <gtest/gtest.h>
+
+#include <QHeaderView>
+#include <QPixmap>
+
+#include <algorithm>
+
+namespace olvex {
+namespace {
+
+// The width the delegate asks for the widest cell of column 1, or the header's if wider: what
+// the view's own measuring gives for a list this short.
+int measuredByTheView(const ReportList &list)
+{
+    int widest = list.header()->sectionSizeHint(1);
+    for (int row = 0; row < list.rowCount(); ++row) {
+        widest = std::max(widest, list.sizeHintForIndex(list.model()->index(row, 1)).width());
+    }
+    return widest;
+}
+
+TEST(PlainTextWidths, AutoSizedColumnsFitTheirWidestText)
+{
+    struct Case
+    {
+        const char *what;
+        QStringList texts;
+        bool icons = false; // column 1 cells with an image: the view measures by itself
+    };
+    const QList<Case> cases{
+        {"numbers", {"1", "22.5", "-0.001", "1234.75", "1E+20"}},
+        {"pairs the font may kern", {"AVAVAV", "To Yo", "WAVE", "LT.", "r,"}},
+        {"text the sums cannot weigh", {"Grüße", "温度计", "x"}},
+        {"one much longer", {"short", "a considerably longer value text", "mid length"}},
+        {"empty cells", {"", "", "7"}},
+        {"header wider than every text", {"1", "2"}},
+        {"with images", {"12.5", "a longer text"}, true},
+    };
+    const QIcon icon(QPixmap(16, 16));
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.what);
+        ReportList list;
+        list.setColumns({"Name", "Value here", "Rest"});
+        for (const QString &text : c.texts) {
+            QTreeWidgetItem *row = list.addRow({}, QStringLiteral("name"), {});
+            row->setText(1, text);
+            if (c.icons) {
+                row->setIcon(1, icon);
+            }
+        }
+        list.autoSizeColumn(1);
+        EXPECT_EQ(list.columnWidth(1), measuredByTheView(list));
+    }
+}
+
+TEST(PlainTextWidths, SumsMatchTheFontOnPlainText)
+{
+    PlainTextWidths widths{QFont()};
+    for (const QString &text : QStringList{"", "0", "12345.678", "-9.5E-07", "Updating...",
+                                           "(Offline)", "AVAVAV", "To Yo", "WAVE"}) {
+        const std::optional<qreal> sum = widths.width(text);
+        ASSERT_TRUE(sum) << text.toStdString();
+        EXPECT_DOUBLE_EQ(*sum, widths.exactWidth(text)) << text.toStdString();
+    }
+    EXPECT_FALSE(widths.width(u"Grüße"));
+    EXPECT_FALSE(widths.width(u"tab\there"));
+}
+
+} // namespace
+} // namespace olvex
