@@ -145,6 +145,25 @@ int DasService::step()
     return 0;
 }
 
+int DasService::finishItem(Transaction &transaction, std::optional<Transaction> &whole,
+                           int severity, const DasResult &result)
+{
+    m_store->logMessage(severity, result.line, m_actor);
+    transaction.commit();
+    if (whole) {
+        whole->commit();
+    }
+    m_failures.remove(ItemKey{result.kind, result.id});
+    finished(result);
+    return 1;
+}
+
+int DasService::takenOver(const QString &what) const
+{
+    echo(1, what + u" was taken over by another service");
+    return 0;
+}
+
 int DasService::stepWrite(bool mayRetry)
 {
     SqlConnection &sql = m_store->sql();
@@ -163,18 +182,11 @@ int DasService::stepWrite(bool mayRetry)
     const auto markFailed = [&](const QString &reason) {
         Transaction transaction(sql, SqlConnection::TransactionKind::Write);
         if (!queue().failPendingWrite(write->id, m_workerId, reason)) {
-            echo(1, what + u" was taken over by another service");
-            return 0;
+            return takenOver(what);
         }
-        const QString line = what + u" failed: " + reason;
-        m_store->logMessage(4, line, m_actor);
-        transaction.commit();
-        if (whole) {
-            whole->commit();
-        }
-        m_failures.remove(key);
-        finished({DasResult::Kind::ValueWrite, write->id, false, reason, line});
-        return 1;
+        return finishItem(
+            transaction, whole, 4,
+            {DasResult::Kind::ValueWrite, write->id, false, reason, what + u" failed: " + reason});
     };
     if (const auto known = m_failures.constFind(key); known != m_failures.cend() && known->final) {
         return markFailed(known->reason);
@@ -187,18 +199,11 @@ int DasService::stepWrite(bool mayRetry)
         // Checks the claim and locks the row before anything changes: a claim lost to another
         // service after the lease ran out leaves the write to that service.
         if (!queue().applyPendingWrite(*write, m_workerId)) {
-            echo(1, what + u" was taken over by another service");
-            return 0;
+            return takenOver(what);
         }
-        const QString line = what + u" applied";
-        m_store->logMessage(1, line, m_actor);
-        transaction.commit();
-        if (whole) {
-            whole->commit();
-        }
-        m_failures.remove(key);
-        finished({DasResult::Kind::ValueWrite, write->id, true, QStringLiteral("applied"), line});
-        return 1;
+        return finishItem(transaction, whole, 1,
+                          {DasResult::Kind::ValueWrite, write->id, true, QStringLiteral("applied"),
+                           what + u" applied"});
     } catch (...) {
         const CaughtError error = currentError();
         reason = error.errorText();
@@ -227,18 +232,11 @@ int DasService::stepCommand(bool mayRetry)
     const auto markFailed = [&](const QString &reason) {
         Transaction transaction(sql, SqlConnection::TransactionKind::Write);
         if (!queue().completeCommand(record->id, m_workerId, false, reason)) {
-            echo(1, what + u" was taken over by another service");
-            return 0;
+            return takenOver(what);
         }
-        const QString line = what + u" failed: " + reason;
-        m_store->logMessage(4, line, m_actor);
-        transaction.commit();
-        if (whole) {
-            whole->commit();
-        }
-        m_failures.remove(key);
-        finished({DasResult::Kind::Command, record->id, false, reason, line});
-        return 1;
+        return finishItem(
+            transaction, whole, 4,
+            {DasResult::Kind::Command, record->id, false, reason, what + u" failed: " + reason});
     };
     if (const auto known = m_failures.constFind(key); known != m_failures.cend() && known->final) {
         return markFailed(known->reason);
@@ -252,24 +250,16 @@ int DasService::stepCommand(bool mayRetry)
         // over while its handler works, however long that is.
         if (!m_store->isSqlite()
             && !queue().renewCommandLease(record->id, m_workerId, m_options.lease)) {
-            echo(1, what + u" was taken over by another service");
-            return 0;
+            return takenOver(what);
         }
         const CommandOutcome outcome = carryOut(*record);
         if (!queue().completeCommand(record->id, m_workerId, outcome.succeeded, outcome.message)) {
-            echo(1, what + u" was taken over by another service");
-            return 0;
+            return takenOver(what);
         }
-        const QString line
-            = what + (outcome.succeeded ? u" done: " : u" failed: ") + outcome.message;
-        m_store->logMessage(outcome.succeeded ? 1 : 4, line, m_actor);
-        transaction.commit();
-        if (whole) {
-            whole->commit();
-        }
-        m_failures.remove(key);
-        finished({DasResult::Kind::Command, record->id, outcome.succeeded, outcome.message, line});
-        return 1;
+        return finishItem(
+            transaction, whole, outcome.succeeded ? 1 : 4,
+            {DasResult::Kind::Command, record->id, outcome.succeeded, outcome.message,
+             what + (outcome.succeeded ? u" done: " : u" failed: ") + outcome.message});
     } catch (const HandlerFailure &failure) {
         reason = failure.reason;
         storeFailure = failure.storeFailure;

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace olvex {
 
@@ -122,6 +123,12 @@ private:
     void writeLogLine(int severity, const QString &line);
     void echo(int severity, const QString &line) const;
     void finished(const DasResult &result);
+    // Logs the item's line, commits its result (and on SQLite the claim held in whole) and
+    // reports it: the step's 1.
+    int finishItem(Transaction &transaction, std::optional<Transaction> &whole, int severity,
+                   const DasResult &result);
+    // The step's 0 when the claim was lost to another service.
+    int takenOver(const QString &what) const;
     QString describe(const PendingWrite &write) const;
     QString describe(const CommandRecord &record) const;
 

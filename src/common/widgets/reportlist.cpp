@@ -93,19 +93,14 @@ QTreeWidgetItem *ReportList::addRow(const QString &key, const QString &text, con
     if (smallIcon != 0 || m_icons.contains(0)) {
         setSmallIcon(item, smallIcon); // a new row reads as icon 0 without an image already
     }
-    if (m_batchDepth > 0) {
-        m_pending.append(item);
-    } else {
-        addTopLevelItem(item);
-    }
+    m_pending.add(item);
     return item;
 }
 
 void ReportList::clearRows()
 {
     m_byKey.clear();
-    qDeleteAll(m_pending);
-    m_pending.clear();
+    m_pending.discard();
     const bool wasSelecting = m_selectingInCode;
     m_selectingInCode = true;
     clear();
@@ -114,7 +109,7 @@ void ReportList::clearRows()
 
 int ReportList::rowCount() const
 {
-    return topLevelItemCount() + int(m_pending.size());
+    return topLevelItemCount() + int(m_pending.items().size());
 }
 
 QTreeWidgetItem *ReportList::row(int index) const
@@ -125,7 +120,7 @@ QTreeWidgetItem *ReportList::row(int index) const
     if (index < topLevelItemCount()) {
         return topLevelItem(index);
     }
-    return m_pending.value(index - topLevelItemCount());
+    return m_pending.items().value(index - topLevelItemCount());
 }
 
 QTreeWidgetItem *ReportList::findByKey(const QString &key) const
@@ -141,7 +136,7 @@ bool ReportList::contains(const QTreeWidgetItem *item) const
 {
     return item
            && (item->treeWidget() == this
-               || m_pending.contains(const_cast<QTreeWidgetItem *>(item)));
+               || m_pending.items().contains(const_cast<QTreeWidgetItem *>(item)));
 }
 
 QString ReportList::rowKey(const QTreeWidgetItem *item)
@@ -183,7 +178,7 @@ QTreeWidgetItem *ReportList::selectedRow() const
 
 void ReportList::selectRow(QTreeWidgetItem *item)
 {
-    flushPending();
+    m_pending.flush();
     const bool wasSelecting = m_selectingInCode;
     m_selectingInCode = true;
     if (item) {
@@ -199,7 +194,7 @@ void ReportList::selectRow(QTreeWidgetItem *item)
 
 void ReportList::autoSizeColumn(int column)
 {
-    flushPending();
+    m_pending.flush();
     if (const std::optional<int> widest = widestPlainText(column)) {
         setColumnWidth(column, *widest);
     } else {
@@ -277,28 +272,6 @@ void ReportList::changeEvent(QEvent *event)
         m_textWidths.reset();
     }
     QTreeWidget::changeEvent(event);
-}
-
-void ReportList::flushPending()
-{
-    if (m_pending.isEmpty()) {
-        return;
-    }
-    const QList<QTreeWidgetItem *> rows = std::exchange(m_pending, {});
-    addTopLevelItems(rows);
-}
-
-ReportList::Batch::Batch(ReportList &list)
-    : m_list(list)
-{
-    ++m_list.m_batchDepth;
-}
-
-ReportList::Batch::~Batch()
-{
-    if (--m_list.m_batchDepth == 0) {
-        m_list.flushPending();
-    }
 }
 
 } // namespace olvex

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/widgets/keyhash.h"
+#include "common/widgets/pendingitems.h"
 
 #include <QHash>
 #include <QIcon>
@@ -61,16 +62,12 @@ public:
 
     // Rows added inside a batch reach the view in one insertion when the batch ends. (Updates
     // stay enabled: turning them back on would repaint the scroll bars and header too.)
-    class Batch
+    class Batch : public PendingTopLevelItems::Scope
     {
     public:
-        explicit Batch(ReportList &list);
-        ~Batch();
-        Batch(const Batch &) = delete;
-        Batch &operator=(const Batch &) = delete;
-
-    private:
-        ReportList &m_list;
+        explicit Batch(ReportList &list)
+            : Scope(list.m_pending)
+        {}
     };
 
 Q_SIGNALS:
@@ -82,15 +79,13 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
-    void flushPending();
     std::optional<int> widestPlainText(int column);
 
     QHash<int, QIcon> m_icons;
     std::unique_ptr<PlainTextWidths> m_textWidths; // of the current font, made when first needed
     std::pmr::unsynchronized_pool_resource m_keyPool;
     KeyIndex m_byKey{&m_keyPool};
-    QList<QTreeWidgetItem *> m_pending;
-    int m_batchDepth = 0;
+    PendingTopLevelItems m_pending{*this};
     bool m_selectingInCode = false;
 };
 

@@ -185,6 +185,9 @@ void DISettings::Setup(std::shared_ptr<DataInterface> dataInterface, bool startR
     guarded(
         [&] {
             Teardown();
+            // A second Setup may bring another site: nothing of the first may stay on screen.
+            m_tvwGroups->clearNodes();
+            clearViews();
             if (!dataInterface) {
                 return;
             }
@@ -251,15 +254,21 @@ void DISettings::tvwGroups_NodeClick(QTreeWidgetItem *node)
     ShowGroup(groupNumberFromKey(KeyedTree::nodeKey(node)), true);
 }
 
+void DISettings::clearViews()
+{
+    m_lsvSettings->clearRows();
+    m_lsvAlarmSettings->clearRows();
+    m_rtfboxInstructions1->clear();
+    m_rtfboxInstructions2->clear();
+    disableSettingButtons(QStringLiteral("Select a setting first."));
+    disableAlarmButton(QStringLiteral("Select an alarm first."));
+}
+
 void DISettings::ShowGroup(qint32 groupNumber, bool selectFirst)
 {
     guarded(
         [&] {
-            m_lsvSettings->clearRows();
-            m_lsvAlarmSettings->clearRows();
-            m_rtfboxInstructions1->clear();
-            m_rtfboxInstructions2->clear();
-            disableAlarmButton(QStringLiteral("Select an alarm first."));
+            clearViews();
             if (!mobjDI) {
                 return;
             }
@@ -378,13 +387,7 @@ void DISettings::FillSettingsList(const Value &pids, bool selectFirst)
             throw *members.stop;
         }
     }
-    if (m_lsvSettings->rowCount() > 0 && selectFirst) {
-        QTreeWidgetItem *first = m_lsvSettings->row(0);
-        m_lsvSettings->selectRow(first);
-        lsvSettings_ItemClick(first);
-    } else {
-        disableSettingButtons(QStringLiteral("Select a setting first."));
-    }
+    selectFirstSetting(selectFirst, &DISettings::lsvSettings_ItemClick);
     m_lsvSettings->autoSizeColumn(1);
 }
 
@@ -416,14 +419,20 @@ void DISettings::FillAlarmList(const Value &pids, bool selectFirst)
     }
     // The first-row selection looks at the settings list, where only undefined members of an
     // alarm group land; an alarm row is selected only by the operator.
+    selectFirstSetting(selectFirst, &DISettings::lsvAlarmSettings_ItemClick);
+    m_lsvAlarmSettings->autoSizeColumn(1);
+}
+
+void DISettings::selectFirstSetting(bool selectFirst,
+                                    void (DISettings::*onSelected)(QTreeWidgetItem *))
+{
     if (m_lsvSettings->rowCount() > 0 && selectFirst) {
         QTreeWidgetItem *first = m_lsvSettings->row(0);
         m_lsvSettings->selectRow(first);
-        lsvAlarmSettings_ItemClick(first);
+        (this->*onSelected)(first);
     } else {
         disableSettingButtons(QStringLiteral("Select a setting first."));
     }
-    m_lsvAlarmSettings->autoSizeColumn(1);
 }
 
 void DISettings::FillSettingsRow(QTreeWidgetItem *row)

@@ -80,6 +80,7 @@ private:
     void buildControls();
     void setCaptions();
     void emitProblem(const QString &prefix, const CaughtError &error);
+    void clearViews();
     void showInstructions(const QString &text, bool alarmGroup);
     void addUndefinedRow(qint32 pid);
     // The Value cell and icon of a settings row, and the setpoint cells and icon of an alarm
@@ -91,6 +92,12 @@ private:
     void disableAlarmButton(const QString &why);
     // Why the selected setting cannot be changed by this account; empty when it can.
     QString privilegeRefusal(qint32 pid);
+    // True when this account may not change pid, after telling the operator (the box titled
+    // title) and raising the problem line under code.
+    bool refuseChange(qint32 pid, const QString &title, const QString &code);
+    // After a fill: selects the first settings row and shows it with onSelected, or leaves the
+    // buttons disabled.
+    void selectFirstSetting(bool selectFirst, void (DISettings::*onSelected)(QTreeWidgetItem *));
     QString userName();
     std::shared_ptr<PidDirectory> directory();
 

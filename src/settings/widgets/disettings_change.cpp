@@ -51,6 +51,18 @@ QString DISettings::privilegeRefusal(qint32 pid)
     return u"Account '" + userName() + u"' does not have privileges to change this setting.";
 }
 
+bool DISettings::refuseChange(qint32 pid, const QString &title, const QString &code)
+{
+    if (mobjSecurity && mobjSecurity->CanChangeSetting(pid, true)) {
+        return false;
+    }
+    const QString account = userName();
+    UiServices::resolve(m_ui).ShowMessageBox(accessDeniedText(account),
+                                             MessageBoxStyle::Exclamation, title);
+    Q_EMIT Problem(accessDeniedProblem(code, account));
+    return true;
+}
+
 void DISettings::disableSettingButtons(const QString &why)
 {
     for (QPushButton *button : {m_cmdChange, m_cmdChangeToDefault}) {
@@ -165,15 +177,12 @@ void DISettings::cmdChange_Click()
             if (!dir->PidExists(pid)) {
                 return;
             }
-            UiServices &ui = UiServices::resolve(m_ui);
             const ParameterPtr definition = dir->GetPid(pid, true);
             const QString title = definition->GetName(0);
-            if (!mobjSecurity || !mobjSecurity->CanChangeSetting(pid, true)) {
-                const QString account = userName();
-                ui.ShowMessageBox(accessDeniedText(account), MessageBoxStyle::Exclamation, title);
-                Q_EMIT Problem(accessDeniedProblem(QStringLiteral("SED-012"), account));
+            if (refuseChange(pid, title, QStringLiteral("SED-012"))) {
                 return;
             }
+            UiServices &ui = UiServices::resolve(m_ui);
 
             const int dataType
                 = int(definition->GetAttribute(SettingAttr::DataType).toInteger().value_or(0));
@@ -267,11 +276,7 @@ void DISettings::cmdChangeToDefault_Click()
                 return;
             }
             const qint32 pid = PidFromTag(ReportList::rowTag(row));
-            if (!mobjSecurity || !mobjSecurity->CanChangeSetting(pid, true)) {
-                const QString account = userName();
-                UiServices::resolve(m_ui).ShowMessageBox(
-                    accessDeniedText(account), MessageBoxStyle::Exclamation, row->text(0));
-                Q_EMIT Problem(accessDeniedProblem(QStringLiteral("SED-014"), account));
+            if (refuseChange(pid, row->text(0), QStringLiteral("SED-014"))) {
                 return;
             }
             const ParameterPtr definition = directory()->GetPid(pid, true);
@@ -297,14 +302,10 @@ void DISettings::cmdChangeAlarm_Click()
             if (!dir->PidExists(pid)) {
                 return;
             }
-            UiServices &ui = UiServices::resolve(m_ui);
-            if (!mobjSecurity || !mobjSecurity->CanChangeSetting(pid, true)) {
-                const QString account = userName();
-                ui.ShowMessageBox(accessDeniedText(account), MessageBoxStyle::Exclamation,
-                                  row->text(0));
-                Q_EMIT Problem(accessDeniedProblem(QStringLiteral("SED-013"), account));
+            if (refuseChange(pid, row->text(0), QStringLiteral("SED-013"))) {
                 return;
             }
+            UiServices &ui = UiServices::resolve(m_ui);
             const ParameterPtr definition = dir->GetPid(pid, true);
             frmSettings_AlarmSetpoints dialog(m_ui, this);
             for (size_t i = 0; i < kAlarmSetpoints.size(); ++i) {

@@ -2,6 +2,7 @@
 
 #include "common/widgets/uiservices.h"
 #include "settings/alarmsetpoints.h"
+#include "settings/widgets/dialogframe.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -27,8 +28,6 @@ frmSettings_AlarmSetpoints::frmSettings_AlarmSetpoints(UiServices *ui, QWidget *
     setObjectName(QStringLiteral("frmSettings_AlarmSetpoints"));
     setWindowTitle(QStringLiteral("Alarm Settings"));
     setModal(true);
-    m_ok->setObjectName(QStringLiteral("cmdOK"));
-    m_cancel->setObjectName(QStringLiteral("cmdCancel"));
 
     auto *form = new QFormLayout;
     for (size_t rank = 0; rank < m_fields.size(); ++rank) {
@@ -40,18 +39,10 @@ frmSettings_AlarmSetpoints::frmSettings_AlarmSetpoints(UiServices *ui, QWidget *
         m_fields[rank] = field;
     }
 
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(m_ok);
-    buttons->addWidget(m_cancel);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
-    layout->addLayout(buttons);
-
-    m_ok->setDefault(true);
-    m_cancel->setAutoDefault(false);
+    layout->addLayout(dialogButtonRow(*this, m_ok, m_cancel));
     connect(m_ok, &QPushButton::clicked, this, &frmSettings_AlarmSetpoints::accept);
-    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     m_fields[0]->setFocus();
     setMinimumWidth(280);
 }

@@ -1,5 +1,7 @@
 #include "settings/widgets/frmsettings_getnumber.h"
 
+#include "settings/widgets/dialogframe.h"
+
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -18,14 +20,10 @@ frmSettings_GetNumber::frmSettings_GetNumber(UiServices * /*ui*/, QWidget *paren
     , m_ok(new QPushButton(QStringLiteral("OK"), this))
     , m_cancel(new QPushButton(QStringLiteral("Cancel"), this))
 {
-    setObjectName(QStringLiteral("frmSettings_GetNumber"));
-    setWindowTitle(QStringLiteral("Enter New Value"));
-    setModal(true);
+    setUpValueDialog(*this, QStringLiteral("frmSettings_GetNumber"));
     m_currentValue->setObjectName(QStringLiteral("txtCurrentValue"));
     m_defaultValue->setObjectName(QStringLiteral("txtDefaultValue"));
     m_newValue->setObjectName(QStringLiteral("txtNewValue"));
-    m_ok->setObjectName(QStringLiteral("cmdOK"));
-    m_cancel->setObjectName(QStringLiteral("cmdCancel"));
     m_hint->setObjectName(QStringLiteral("lblHint"));
 
     // Shown for reference only; still selectable so the operator can copy a value.
@@ -42,20 +40,10 @@ frmSettings_GetNumber::frmSettings_GetNumber(UiServices * /*ui*/, QWidget *paren
     form->addRow(QStringLiteral("New Value:"), m_newValue);
     form->addRow(QString(), m_hint);
 
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(m_ok);
-    buttons->addWidget(m_cancel);
-
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);
-    layout->addLayout(buttons);
-
-    m_ok->setDefault(true);
-    m_ok->setAutoDefault(true);
-    m_cancel->setAutoDefault(false);
+    layout->addLayout(dialogButtonRow(*this, m_ok, m_cancel));
     connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
-    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     m_newValue->setFocus();
     setMinimumWidth(340);
 }

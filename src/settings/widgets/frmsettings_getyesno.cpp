@@ -1,5 +1,7 @@
 #include "settings/widgets/frmsettings_getyesno.h"
 
+#include "settings/widgets/dialogframe.h"
+
 #include <QButtonGroup>
 #include <QHBoxLayout>
 #include <QPushButton>
@@ -14,12 +16,9 @@ frmSettings_GetYesNo::frmSettings_GetYesNo(UiServices * /*ui*/, QWidget *parent)
     , m_true(new QRadioButton(QStringLiteral("Yes"), this))
     , m_ok(new QPushButton(QStringLiteral("OK"), this))
 {
-    setObjectName(QStringLiteral("frmSettings_GetYesNo"));
-    setWindowTitle(QStringLiteral("Enter New Value"));
-    setModal(true);
+    setUpValueDialog(*this, QStringLiteral("frmSettings_GetYesNo"));
     m_false->setObjectName(QStringLiteral("optFalse"));
     m_true->setObjectName(QStringLiteral("optTrue"));
-    m_ok->setObjectName(QStringLiteral("cmdOK"));
 
     auto *choices = new QButtonGroup(this);
     choices->addButton(m_false);
@@ -30,14 +29,9 @@ frmSettings_GetYesNo::frmSettings_GetYesNo(UiServices * /*ui*/, QWidget *parent)
     options->addWidget(m_false);
     options->addWidget(m_true);
     options->addStretch();
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(m_ok);
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(options);
-    layout->addLayout(buttons);
-
-    m_ok->setDefault(true);
+    layout->addLayout(dialogButtonRow(*this, m_ok));
     connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
     connect(m_false, &QRadioButton::toggled, this, &frmSettings_GetYesNo::updateOk);
     connect(m_true, &QRadioButton::toggled, this, &frmSettings_GetYesNo::updateOk);

@@ -1,5 +1,7 @@
 #include "settings/widgets/valueinputdialog.h"
 
+#include "settings/widgets/dialogframe.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -15,29 +17,17 @@ ValueInputDialog::ValueInputDialog(UiServices * /*ui*/, QWidget *parent)
     , m_ok(new QPushButton(QStringLiteral("OK"), this))
     , m_cancel(new QPushButton(QStringLiteral("Cancel"), this))
 {
-    setObjectName(QStringLiteral("ValueInputDialog"));
-    setWindowTitle(QStringLiteral("Enter New Value"));
-    setModal(true);
+    setUpValueDialog(*this, QStringLiteral("ValueInputDialog"));
     m_prompt->setObjectName(QStringLiteral("lblPrompt"));
     m_value->setObjectName(QStringLiteral("txtValue"));
-    m_ok->setObjectName(QStringLiteral("cmdOK"));
-    m_cancel->setObjectName(QStringLiteral("cmdCancel"));
     m_prompt->setWordWrap(true);
     m_prompt->setBuddy(m_value);
 
-    auto *buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(m_ok);
-    buttons->addWidget(m_cancel);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_prompt);
     layout->addWidget(m_value);
-    layout->addLayout(buttons);
-
-    m_ok->setDefault(true);
-    m_cancel->setAutoDefault(false);
+    layout->addLayout(dialogButtonRow(*this, m_ok, m_cancel));
     connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
-    connect(m_cancel, &QPushButton::clicked, this, &QDialog::reject);
     m_value->setFocus();
     setMinimumWidth(340);
 }

@@ -20,6 +20,7 @@
 #include <QTreeWidgetItem>
 
 #include <memory>
+#include <utility>
 
 namespace olvex::testing {
 
@@ -28,7 +29,7 @@ inline constexpr qint32 kPlant = 100100;     // root group
 inline constexpr qint32 kLimits = 100200;    // child of Plant: number settings
 inline constexpr qint32 kSwitches = 100300;  // child of Plant: yes/no, on/off, text, dates
 inline constexpr qint32 kAlarms = 100400;    // alarm group
-inline constexpr qint32 kSpan = 200100;      // number, range 0 ... 100, default 50
+inline constexpr qint32 kSpan = 200100;      // number 80, default 50, recommended 0 ... 100
 inline constexpr qint32 kZero = 200200;      // number, no range
 inline constexpr qint32 kReadOnly = 200300;  // number, read only
 inline constexpr qint32 kUndefined = 209900; // member without definition
@@ -47,42 +48,51 @@ inline QString rowKey(qint32 pid)
 class SettingsEditorTest : public ::testing::Test
 {
 protected:
+    using Writes = QList<FakeParameter::ValueWrite>;
+
     void SetUp() override
     {
-        di = std::make_shared<FakeDataInterface>();
-        log = std::make_shared<RecordingLog>();
-        di->setMessageLog(log);
-        di->setUser(QStringLiteral("jdoe"));
+        freshSite();
         editor = std::make_unique<DISettings>(&ui);
         QObject::connect(editor.get(), &DISettings::Problem,
                          [this](const QString &line) { problems << line; });
     }
 
-    void TearDown() override { editor.reset(); }
-
-    // The usual site: Plant > Limits (numbers) and Switches, and the alarm group Alarms.
-    void buildSite()
+    // A problem a test expects is taken with takeProblems(); any other one fails the test.
+    void TearDown() override
     {
+        editor.reset();
+        EXPECT_TRUE(problems.isEmpty()) << problems.join(u'\n').toStdString();
+    }
+
+    QStringList takeProblems() { return std::exchange(problems, {}); }
+
+    // A new in-memory site: Plant > Limits (numbers) and Switches, and the alarm group Alarms;
+    // without build, an empty one.
+    void freshSite(bool build = true)
+    {
+        di = std::make_shared<FakeDataInterface>();
+        log = std::make_shared<RecordingLog>();
+        di->setMessageLog(log);
+        di->setUser(QStringLiteral("jdoe"));
+        if (!build) {
+            return;
+        }
         group(kPlant, "Plant", 1, 0, {});
         group(kLimits, "Limits", 1, kPlant, {kSpan, kZero, kReadOnly, kUndefined});
         group(kSwitches, "Switches", 2, kPlant, {kPurge, kHeater, kTag, kCalDate});
         group(kAlarms, "Alarms", 3, 0, {kSO2Alarm, kNOxAlarm}, true);
-
-        auto span = di->addSetting(kSpan, QStringLiteral("Span gas"), SettingType::Number,
-                                   Value(80), Value(50));
+        auto span = di->addSetting(kSpan, "Span gas", SettingType::Number, 80, 50);
         span->setAttributeValue(SettingAttr::RecommendedLow, 0);
         span->setAttributeValue(SettingAttr::RecommendedHigh, 100);
-        di->addSetting(kZero, QStringLiteral("Zero offset"), SettingType::Number, Value(0.5),
-                       Value(0));
-        auto readOnly = di->addSetting(kReadOnly, QStringLiteral("Stack height"),
-                                       SettingType::Number, Value(120));
-        readOnly->setAttributeValue(SettingAttr::Changeable, false);
-        di->addSetting(kPurge, QStringLiteral("Purge enabled"), SettingType::YesNo, Value(-1),
-                       Value(0));
-        di->addSetting(kHeater, QStringLiteral("Heater"), SettingType::OnOff, Value(0), Value(1));
-        di->addSetting(kTag, QStringLiteral("Stack tag"), SettingType::Text, Value("STK-1"));
-        di->addSetting(kCalDate, QStringLiteral("Last audit"), SettingType::Date,
-                       Value(QDateTime(QDate(2024, 3, 5), QTime(0, 0))));
+        di->addSetting(kZero, "Zero offset", SettingType::Number, 0.5, 0);
+        di->addSetting(kReadOnly, "Stack height", SettingType::Number, 120)
+            ->setAttributeValue(SettingAttr::Changeable, false);
+        di->addSetting(kPurge, "Purge enabled", SettingType::YesNo, -1, 0);
+        di->addSetting(kHeater, "Heater", SettingType::OnOff, 0, 1);
+        di->addSetting(kTag, "Stack tag", SettingType::Text, "STK-1");
+        di->addSetting(kCalDate, "Last audit", SettingType::Date,
+                       QDateTime(QDate(2024, 3, 5), QTime(0, 0)));
         for (auto [pid, name] : {std::pair{kSO2Alarm, "SO2 alarm"}, {kNOxAlarm, "NOx alarm"}}) {
             auto alarm = di->addParameter(pid, ParameterTypes::Setting, QString::fromLatin1(name));
             alarm->setAttributeValue(SettingAttr::SetpointHH, 100);
@@ -104,6 +114,13 @@ protected:
 
     void setup(bool refresh = false) { editor->Setup(di, refresh); }
 
+    // Sets the editor up and shows a group, as the operator's first click does.
+    void open(qint32 groupPid, bool refresh = false)
+    {
+        setup(refresh);
+        showGroup(groupPid);
+    }
+
     // Shows a group as a click on its node does.
     void showGroup(qint32 pid)
     {
@@ -119,22 +136,18 @@ protected:
         return editor->lsvSettings()->findByKey(rowKey(pid));
     }
 
-    // Selects a settings row as the operator's click does.
-    void selectSetting(qint32 pid)
+    // Selects a row of the settings or the alarm list as the operator's click does.
+    void selectSetting(qint32 pid, bool alarm = false)
     {
-        QTreeWidgetItem *row = settingRow(pid);
+        ReportList *list = alarm ? editor->lsvAlarmSettings() : editor->lsvSettings();
+        QTreeWidgetItem *row = list->findByKey(rowKey(pid));
         ASSERT_NE(row, nullptr) << pid;
-        editor->lsvSettings()->setCurrentItem(row);
+        list->setCurrentItem(row);
     }
 
-    void selectAlarm(qint32 pid)
-    {
-        QTreeWidgetItem *row = editor->lsvAlarmSettings()->findByKey(rowKey(pid));
-        ASSERT_NE(row, nullptr) << pid;
-        editor->lsvAlarmSettings()->setCurrentItem(row);
-    }
+    void selectAlarm(qint32 pid) { selectSetting(pid, true); }
 
-    QStringList rowTexts(const QTreeWidgetItem *row) const
+    static QStringList rowTexts(const QTreeWidgetItem *row)
     {
         QStringList texts;
         for (int c = 0; c < row->columnCount(); ++c) {
@@ -147,22 +160,40 @@ protected:
     static ScriptedUi::ModalHandler typeNumber(const QString &text)
     {
         return ScriptedUi::acceptAfter([text](QDialog &dialog) {
-            auto *number = qobject_cast<frmSettings_GetNumber *>(&dialog);
-            ASSERT_NE(number, nullptr) << dialog.objectName().toStdString();
-            number->txtNewValue()->setText(text);
+            dynamic_cast<frmSettings_GetNumber &>(dialog).txtNewValue()->setText(text);
         });
     }
 
-    QList<FakeParameter::ValueWrite> writes(qint32 pid) const
+    // The operator types the four alarm setpoints (blank for unused levels) and presses OK.
+    static ScriptedUi::ModalHandler typeSetpoints(const QStringList &texts)
     {
-        return di->parameter(pid)->valueWrites();
+        return ScriptedUi::acceptAfter([texts](QDialog &dialog) {
+            auto &setpoints = dynamic_cast<frmSettings_AlarmSetpoints &>(dialog);
+            for (int rank = 0; rank < 4; ++rank) {
+                setpoints.field(rank)->setText(texts.at(rank));
+            }
+        });
     }
+
+    Writes writes(qint32 pid) const { return di->parameter(pid)->valueWrites(); }
 
     std::shared_ptr<FakeDataInterface> di;
     std::shared_ptr<RecordingLog> log;
     ScriptedUi ui;
     std::unique_ptr<DISettings> editor;
     QStringList problems;
+};
+
+// The editor set up on one group, the timer created if asked for.
+template<qint32 GroupPid, bool Refresh = false>
+class EditorOnGroup : public SettingsEditorTest
+{
+protected:
+    void SetUp() override
+    {
+        SettingsEditorTest::SetUp();
+        open(GroupPid, Refresh);
+    }
 };
 
 } // namespace olvex::testing

@@ -1,4 +1,5 @@
-// The entry dialogs on their own: what OK and Cancel leave behind.
+// The entry dialogs on their own: what OK, Enter, Escape and Cancel leave behind; the choices
+// and texts they carry are checked through the editor.
 #include "settings/widgets/frmsettings_alarmsetpoints.h"
 #include "settings/widgets/frmsettings_getnumber.h"
 #include "settings/widgets/frmsettings_getyesno.h"
@@ -31,20 +32,6 @@ TEST(GetYesNo, OkWaitsForAChoiceAndClosingLeavesNoValue)
     EXPECT_EQ(dialog.NewValue(), std::nullopt);
 }
 
-TEST(GetYesNo, OkGivesTheChosenState)
-{
-    for (const bool present : {false, true}) {
-        frmSettings_GetYesNo dialog;
-        dialog.setCurrentValue(present);
-        dialog.show();
-        EXPECT_TRUE((present ? dialog.optTrue() : dialog.optFalse())->isChecked());
-        (present ? dialog.optFalse() : dialog.optTrue())->setChecked(true);
-        QTest::mouseClick(dialog.cmdOK(), Qt::LeftButton);
-        EXPECT_EQ(dialog.result(), int(QDialog::Accepted));
-        EXPECT_EQ(dialog.NewValue(), std::optional<bool>(!present));
-    }
-}
-
 TEST(GetNumber, LabelsAndButtons)
 {
     frmSettings_GetNumber dialog;
@@ -73,15 +60,12 @@ TEST(AlarmSetpoints, CancelAndOk)
     dialog.setSetpointL(Value(95));
     dialog.show();
     QTest::mouseClick(dialog.cmdOK(), Qt::LeftButton);
-    EXPECT_TRUE(dialog.isVisible()); // out of order: stays open
-    EXPECT_EQ(ui.lastMessageBox().text,
-              QStringLiteral("The low value is larger than the high value."));
+    EXPECT_TRUE(dialog.isVisible()); // out of order: stays open, its message is shown
+    EXPECT_EQ(ui.messageBoxes().size(), 1);
     dialog.field(2)->setText(QStringLiteral("9.5"));
     QTest::mouseClick(dialog.cmdOK(), Qt::LeftButton);
     EXPECT_FALSE(dialog.isVisible());
     EXPECT_FALSE(dialog.Cancelled());
-    EXPECT_EQ(dialog.SetpointL(), Value(9.5));
-    EXPECT_EQ(dialog.SetpointHH(), Value());
 
     frmSettings_AlarmSetpoints other(&ui);
     other.show();

@@ -1,6 +1,8 @@
 // Changing a setting value: the entry dialogs, the limit checks, the privilege check, the write.
 #include "settings_fixture.h"
 
+#include "settings/settingentry.h"
+
 #include <QRadioButton>
 #include <QTest>
 
@@ -9,177 +11,96 @@ namespace {
 
 const QString kMax = QStringLiteral("999999999999.9999999");
 
-class ChangeTest : public SettingsEditorTest
-{
-protected:
-    void SetUp() override
-    {
-        SettingsEditorTest::SetUp();
-        buildSite();
-        setup();
-        showGroup(kLimits);
-        selectSetting(kSpan);
-    }
-};
-
-struct NumberCase
-{
-    const char *name;
-    QString entry;
-    QList<int> answers; // the operator's answers to the questions asked
-    QList<int> styles;  // styles of the boxes shown, in order
-    QString firstText;  // text of the first box, empty for none
-    std::optional<Value> written;
-    int beeps;
-};
+using ChangeTest = EditorOnGroup<kLimits>; // the first row, Span gas, is selected
 
 TEST_F(ChangeTest, NumberEntryFlows)
 {
-    const QString below = QStringLiteral(
-        "The new value (-5) is less than the recommended minimum value (0).\r\n\r\n"
-        "Are you sure you want to make this change?");
-    const QString above = QStringLiteral(
-        "The new value (150) is greater than the recommended maximum value (100).\r\n\r\n"
-        "Are you sure you want to make this change?");
-    const std::vector<NumberCase> cases = {
-        {"within the range", "55", {}, {}, {}, Value(qint64(55)), 0},
-        {"equal to the recommended maximum", "100", {}, {}, {}, Value(qint64(100)), 0},
-        {"below the range, No", "-5", {MessageBoxAnswer::No}, {52}, below, std::nullopt, 0},
-        {"below the range, Yes", "-5", {MessageBoxAnswer::Yes}, {52}, below, Value(qint64(-5)), 0},
-        {"above the range, No", "150", {MessageBoxAnswer::No}, {52}, above, std::nullopt, 0},
-        {"above the range, Yes",
-         "150",
-         {MessageBoxAnswer::Yes},
-         {52},
-         above,
-         Value(qint64(150)),
-         0},
-        {"the absolute maximum itself", kMax, {MessageBoxAnswer::Yes}, {52}, {}, Value(kMax), 0},
-        {"above the absolute maximum",
-         "1000000000000",
-         {},
-         {48},
-         "The new value (1000000000000) is greater than the maximum value (" + kMax + ").",
-         std::nullopt,
-         0},
-        {"below the absolute minimum",
-         "-1e13",
-         {},
-         {48},
-         "The new value (-1e13) is less than the minimum value (-" + kMax + ").",
-         std::nullopt,
-         0},
-        {"not numeric", "12x", {}, {}, {}, std::nullopt, 1},
+    using namespace MessageBoxAnswer;
+    // The entry (a null text: the operator cancels the dialog), the operator's answers to the
+    // questions asked, the styles of the boxes shown (52 asks Yes or No, No the default; 48
+    // refuses), the value written, the beeps.
+    using Case = std::tuple<QString, QList<int>, QList<int>, std::optional<Value>, int>;
+    const std::vector<Case> cases = {
+        {"55", {}, {}, 55, 0},
+        {"-5", {No}, {52}, std::nullopt, 0}, // one side is enough: the check covers both
+        {"-5", {Yes}, {52}, -5, 0},
+        {kMax, {Yes}, {52}, Value(kMax), 0}, // the absolute maximum itself, kept as typed
+        {"1000000000000", {}, {48}, std::nullopt, 0},
+        {"-1e13", {}, {48}, std::nullopt, 0},
+        {"12x", {}, {}, std::nullopt, 1},
+        {QString(), {}, {}, std::nullopt, 0}, // cancelled
     };
-    for (const NumberCase &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[entry, answers, expectedStyles, written, beeps] : cases) {
+        SCOPED_TRACE(entry.toStdString());
         auto span = di->parameter(kSpan);
         const qsizetype before = span->valueWrites().size();
         const int beepsBefore = ui.beepCount();
         ui.clearMessageBoxes();
-        ui.queueAnswers(c.answers);
-        ui.queueModal(typeNumber(c.entry));
+        ui.queueAnswers(answers);
+        ui.queueModal([&](QDialog &dialog) {
+            auto &number = dynamic_cast<frmSettings_GetNumber &>(dialog);
+            EXPECT_EQ(number.CurrentValue(), QStringLiteral("80"));
+            EXPECT_EQ(number.DefaultValue(), QStringLiteral("50"));
+            return (entry.isNull() ? ScriptedUi::reject() : typeNumber(entry))(dialog);
+        });
 
         QTest::mouseClick(editor->cmdChange(), Qt::LeftButton);
 
+        // The boxes say what the entry check says; its texts are pinned with the check.
+        const NumberEntryCheck check = checkNumberEntry(entry, Value(0), Value(100));
+        QStringList texts;
         QList<int> styles;
         for (const MessageBoxCall &box : ui.messageBoxes()) {
+            texts << box.text;
             styles << box.style;
             EXPECT_EQ(box.title, QStringLiteral("Span gas"));
         }
-        EXPECT_EQ(styles, c.styles);
-        if (!c.firstText.isEmpty() && !ui.messageBoxes().isEmpty()) {
-            EXPECT_EQ(ui.messageBoxes().constFirst().text, c.firstText);
-        }
+        EXPECT_EQ(texts, check.message.isEmpty() ? check.questions : QStringList{check.message});
+        EXPECT_EQ(styles, expectedStyles);
         EXPECT_EQ(ui.pendingAnswers(), 0);
-        EXPECT_EQ(ui.beepCount() - beepsBefore, c.beeps);
-        const QList<FakeParameter::ValueWrite> after = span->valueWrites().mid(before);
-        if (c.written) {
-            EXPECT_EQ(after, (QList<FakeParameter::ValueWrite>{{3, *c.written}}));
+        EXPECT_EQ(ui.beepCount() - beepsBefore, beeps);
+        const Writes after = span->valueWrites().mid(before);
+        if (written) {
+            EXPECT_EQ(after, (Writes{{3, *written}}));
             EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("Updating..."));
             EXPECT_EQ(editor->lsvSettings()->selectedRow(), settingRow(kSpan));
         } else {
             EXPECT_TRUE(after.isEmpty());
+            EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("80"));
         }
         span->dropPendingWrites();
         span->setAttributeValue(SettingAttr::ChangePending, false);
         editor->FillSettingsRow(settingRow(kSpan));
     }
-    EXPECT_TRUE(problems.isEmpty()) << problems.join(u'\n').toStdString();
 }
 
-TEST_F(ChangeTest, TheNumberDialogShowsTheRowsValues)
+TEST_F(ChangeTest, ARefusedPrivilegeIsShownAndRaisedWithTheButtonsCode)
 {
-    QString current;
-    QString defaultValue;
-    ui.queueModal([&](QDialog &dialog) {
-        auto &number = dynamic_cast<frmSettings_GetNumber &>(dialog);
-        EXPECT_EQ(number.windowTitle(), QStringLiteral("Enter New Value"));
-        current = number.CurrentValue();
-        defaultValue = number.DefaultValue();
-        return int(QDialog::Rejected);
-    });
-    editor->cmdChange_Click();
-    EXPECT_EQ(current, QStringLiteral("80"));
-    EXPECT_EQ(defaultValue, QStringLiteral("50"));
-}
-
-TEST_F(ChangeTest, CancelWritesNothingAndDoesNotBeep)
-{
-    ui.queueModal(ScriptedUi::reject());
-    editor->cmdChange_Click();
-    EXPECT_TRUE(writes(kSpan).isEmpty());
-    EXPECT_EQ(ui.beepCount(), 0);
-    EXPECT_TRUE(ui.messageBoxes().isEmpty());
-    EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("80"));
-}
-
-TEST_F(ChangeTest, ARefusedPrivilegeIsShownAndRaised)
-{
-    // The privilege is withdrawn while the row is selected.
-    ui.security()->setCanChangeSetting(kSpan, false);
-    editor->cmdChange_Click();
-    ASSERT_EQ(ui.messageBoxes().size(), 1);
-    EXPECT_EQ(ui.messageBoxes().constFirst().text,
-              QStringLiteral("Access denied. Account 'jdoe' does not have privileges."));
-    EXPECT_EQ(ui.messageBoxes().constFirst().style, 48);
-    EXPECT_EQ(problems, QStringList{"SED-012: Account 'jdoe' does not have privileges."});
+    const std::vector<std::tuple<qint32, void (DISettings::*)(), QString>> cases = {
+        {kSpan, &DISettings::cmdChange_Click, "SED-012"},
+        {kSpan, &DISettings::cmdChangeToDefault_Click, "SED-014"},
+        {kSO2Alarm, &DISettings::cmdChangeAlarm_Click, "SED-013"},
+    };
+    for (const auto &[pid, click, code] : cases) {
+        SCOPED_TRACE(code.toStdString());
+        if (pid == kSO2Alarm) {
+            showGroup(kAlarms);
+            selectAlarm(kSO2Alarm);
+        }
+        ui.clearMessageBoxes();
+        ui.security()->setCanChangeSetting(pid, false); // withdrawn while the row is selected
+        (editor.get()->*click)();
+        ASSERT_EQ(ui.messageBoxes().size(), 1);
+        EXPECT_EQ(ui.messageBoxes().constFirst().text,
+                  QStringLiteral("Access denied. Account 'jdoe' does not have privileges."));
+        EXPECT_EQ(ui.messageBoxes().constFirst().style, 48);
+        EXPECT_EQ(takeProblems(),
+                  QStringList{code + u": Account 'jdoe' does not have privileges."});
+        EXPECT_EQ(ui.security()->queries().constLast(), (FakeSecurity::Query{pid, true}));
+    }
     EXPECT_TRUE(ui.modalDialogs().isEmpty());
     EXPECT_TRUE(writes(kSpan).isEmpty());
-    EXPECT_EQ(ui.security()->queries().constLast(), (FakeSecurity::Query{kSpan, true}));
-}
-
-TEST_F(ChangeTest, ChangeToDefaultWritesTheDefaultWithoutQuestions)
-{
-    QTest::mouseClick(editor->cmdChangeToDefault(), Qt::LeftButton);
-    EXPECT_EQ(writes(kSpan), (QList<FakeParameter::ValueWrite>{{3, Value(50)}}));
-    EXPECT_TRUE(ui.messageBoxes().isEmpty());
-    EXPECT_TRUE(ui.modalDialogs().isEmpty());
-    EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("Updating..."));
-
-    di->applyPendingWrites();
-    editor->FillSettingsRow(settingRow(kSpan));
-    EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("50"));
-}
-
-TEST_F(ChangeTest, ChangeToDefaultRefusedRaisesItsOwnCode)
-{
-    ui.security()->setCanChangeSetting(kSpan, false);
-    editor->cmdChangeToDefault_Click();
-    EXPECT_EQ(ui.lastMessageBox().text,
-              QStringLiteral("Access denied. Account 'jdoe' does not have privileges."));
-    EXPECT_EQ(problems, QStringList{"SED-014: Account 'jdoe' does not have privileges."});
-    EXPECT_TRUE(writes(kSpan).isEmpty());
-}
-
-TEST_F(ChangeTest, AFailingWriteIsRaisedWithTheFlowsCode)
-{
-    di->setFailure(kSpan, FakeParameter::Op::SetValues, Error(440, QStringLiteral("refused")));
-    ui.queueModal(typeNumber(QStringLiteral("55")));
-    editor->cmdChange_Click();
-    editor->cmdChangeToDefault_Click();
-    EXPECT_EQ(problems, (QStringList{"SED-001/UI-029: Error 440, refused",
-                                     "SED-003/UI-027: Error 440, refused"}));
+    EXPECT_TRUE(di->parameter(kSO2Alarm)->attributeWrites().isEmpty());
 }
 
 TEST_F(ChangeTest, EnterAndDoubleClickStartTheChange)
@@ -197,60 +118,39 @@ TEST_F(ChangeTest, EnterAndDoubleClickStartTheChange)
     EXPECT_EQ(ui.modalDialogs().size(), 2);
 }
 
-using OtherTypesTest = SettingsEditorTest;
+using OtherTypesTest = EditorOnGroup<kSwitches>;
 
-TEST_F(OtherTypesTest, YesNoAndOnOffUseTheirCaptions)
+TEST_F(OtherTypesTest, YesNoAndOnOffUseTheirCaptionsAndPresentState)
 {
-    buildSite();
-    setup();
-    showGroup(kSwitches);
-    struct Case
-    {
-        qint32 pid;
-        QString falseCaption;
-        QString trueCaption;
-        bool preselected; // the present state
-        bool choose;
+    // The setting, its captions (false, true), its present state, the choice (none: the
+    // operator closes the dialog).
+    const std::vector<std::tuple<qint32, QStringList, bool, std::optional<bool>>> cases = {
+        {kPurge, {"No", "Yes"}, true, std::nullopt},
+        {kPurge, {"No", "Yes"}, true, false},
+        {kHeater, {"Off", "On"}, false, true},
     };
-    const std::vector<Case> cases = {
-        {kPurge, "No", "Yes", true, false},
-        {kHeater, "Off", "On", false, true},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.pid);
-        selectSetting(c.pid);
-        QStringList captions;
-        bool preselected = false;
-        ui.queueModal(ScriptedUi::acceptAfter([&](QDialog &dialog) {
+    for (const auto &[pid, captions, preselected, choose] : cases) {
+        SCOPED_TRACE(pid);
+        selectSetting(pid);
+        ui.queueModal([&](QDialog &dialog) {
             auto &yesNo = dynamic_cast<frmSettings_GetYesNo &>(dialog);
-            captions << yesNo.optFalse()->text() << yesNo.optTrue()->text();
-            preselected = yesNo.optTrue()->isChecked();
-            (c.choose ? yesNo.optTrue() : yesNo.optFalse())->setChecked(true);
-        }));
+            EXPECT_EQ((QStringList{yesNo.optFalse()->text(), yesNo.optTrue()->text()}), captions);
+            EXPECT_EQ(yesNo.optTrue()->isChecked(), preselected);
+            if (!choose) {
+                return int(QDialog::Rejected);
+            }
+            (*choose ? yesNo.optTrue() : yesNo.optFalse())->setChecked(true);
+            dialog.accept();
+            return dialog.result();
+        });
         editor->cmdChange_Click();
-        EXPECT_EQ(captions, (QStringList{c.falseCaption, c.trueCaption}));
-        EXPECT_EQ(preselected, c.preselected);
-        EXPECT_EQ(writes(c.pid), (QList<FakeParameter::ValueWrite>{{3, Value(c.choose)}}));
+        EXPECT_EQ(writes(pid), (choose ? Writes{{3, Value(*choose)}} : Writes{}));
     }
-}
-
-TEST_F(OtherTypesTest, ClosingTheYesNoDialogWritesNothing)
-{
-    buildSite();
-    setup();
-    showGroup(kSwitches);
-    selectSetting(kPurge);
-    ui.queueModal(ScriptedUi::reject());
-    editor->cmdChange_Click();
-    EXPECT_TRUE(writes(kPurge).isEmpty());
     EXPECT_EQ(ui.beepCount(), 0);
 }
 
-TEST_F(OtherTypesTest, DatesMustReadAsDates)
+TEST_F(OtherTypesTest, DatesMustReadAsDatesAndTextIsWrittenAsTyped)
 {
-    buildSite();
-    setup();
-    showGroup(kSwitches);
     selectSetting(kCalDate);
     const auto typeDate = [](const QString &text) {
         return ScriptedUi::acceptAfter([text](QDialog &dialog) {
@@ -267,22 +167,14 @@ TEST_F(OtherTypesTest, DatesMustReadAsDates)
 
     ui.queueModal(typeDate(QStringLiteral("4/1/2025")));
     editor->cmdChange_Click();
-    EXPECT_EQ(writes(kCalDate), (QList<FakeParameter::ValueWrite>{
-                                    {3, Value(QDateTime(QDate(2025, 4, 1), QTime(0, 0)))}}));
-    EXPECT_EQ(ui.beepCount(), 1);
-}
+    EXPECT_EQ(writes(kCalDate), (Writes{{3, Value(QDateTime(QDate(2025, 4, 1), QTime(0, 0)))}}));
 
-TEST_F(OtherTypesTest, TextIsWrittenWithoutNumericChecks)
-{
-    buildSite();
-    setup();
-    showGroup(kSwitches);
-    selectSetting(kTag);
-    ui.queueModal(typeNumber(QStringLiteral("STK-2 (north)")));
+    selectSetting(kTag); // text: no numeric checks, kept as typed
+    ui.queueModal(typeNumber(QStringLiteral(" STK-2 (north)")));
     editor->cmdChange_Click();
-    EXPECT_EQ(writes(kTag), (QList<FakeParameter::ValueWrite>{{3, Value("STK-2 (north)")}}));
+    EXPECT_EQ(writes(kTag), (Writes{{3, Value(" STK-2 (north)")}}));
     EXPECT_TRUE(ui.messageBoxes().isEmpty());
-    EXPECT_EQ(ui.beepCount(), 0);
+    EXPECT_EQ(ui.beepCount(), 1);
 }
 
 } // namespace

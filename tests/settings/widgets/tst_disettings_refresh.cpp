@@ -1,28 +1,34 @@
 // The refresh timer, the data interface's event and the teardown order.
 #include "settings_fixture.h"
 
+#include <QTest>
+
 namespace olvex::testing {
 namespace {
 
-class RefreshTest : public SettingsEditorTest
+class RefreshTest : public EditorOnGroup<kLimits, true>
 {
 protected:
-    void SetUp() override
-    {
-        SettingsEditorTest::SetUp();
-        buildSite();
-        setup(true);
-        showGroup(kLimits);
-    }
-
     std::shared_ptr<ManualInterval> timer() const
     {
         return di->clock()->liveInterval(QStringLiteral("Refresh Setting window"));
     }
 };
 
-TEST_F(RefreshTest, KeepsTheSelectedRowAndShowsNewValues)
+TEST_F(RefreshTest, KeepsTheSelectedRowButAnUndefinedOneCannotBeSelectedAgain)
 {
+    editor->lsvSettings()->setCurrentItem(editor->lsvSettings()->row(3));
+    di->parameter(kSpan)->setCurrentValue(Value(81));
+    di->clock()->advance(60);
+    const QStringList lines = takeProblems();
+    ASSERT_EQ(lines.size(), 1);
+    EXPECT_TRUE(lines.constFirst().startsWith(u"SED-009/UI-077: Error 9, "))
+        << lines.constFirst().toStdString();
+    EXPECT_EQ(editor->lsvSettings()->rowCount(), 4); // rebuilt all the same
+    EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("81"));
+    // No row is selected after the failed refresh; the timer keeps running for the next one.
+    EXPECT_EQ(editor->lsvSettings()->selectedRow(), nullptr);
+    ASSERT_NE(timer(), nullptr);
     selectSetting(kZero);
     di->parameter(kZero)->setCurrentValue(Value(0.75));
     di->parameter(kZero)->setAttributeValue(SettingAttr::Changeable, false);
@@ -31,73 +37,47 @@ TEST_F(RefreshTest, KeepsTheSelectedRowAndShowsNewValues)
     EXPECT_EQ(settingRow(kZero)->text(1), QStringLiteral("0.75"));
     // The buttons follow the state read again: the setting became read-only.
     EXPECT_FALSE(editor->cmdChange()->isEnabled());
-    EXPECT_TRUE(problems.isEmpty()) << problems.join(u'\n').toStdString();
-}
-
-TEST_F(RefreshTest, AnUndefinedRowCannotBeSelectedAgain)
-{
-    editor->lsvSettings()->setCurrentItem(editor->lsvSettings()->row(3));
-    di->parameter(kSpan)->setCurrentValue(Value(81));
-    di->clock()->advance(60);
-    ASSERT_EQ(problems.size(), 1);
-    EXPECT_TRUE(problems.constFirst().startsWith(u"SED-009/UI-077: Error 9, "))
-        << problems.constFirst().toStdString();
-    EXPECT_EQ(editor->lsvSettings()->rowCount(), 4); // rebuilt all the same
-    EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("81"));
-    // No row is selected after the failed refresh; the timer keeps running for the next one.
-    EXPECT_EQ(editor->lsvSettings()->selectedRow(), nullptr);
-    ASSERT_NE(timer(), nullptr);
-    selectSetting(kSpan);
-    di->parameter(kSpan)->setCurrentValue(Value(82));
-    di->clock()->advance(60);
-    EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("82"));
-    EXPECT_EQ(problems.size(), 1);
 }
 
 TEST_F(RefreshTest, DoesNothingWithoutASelectedRowOrInTheAlarmView)
 {
-    struct Case
-    {
-        const char *name;
-        std::function<void()> arrange;
-    };
-    const std::vector<Case> cases = {
-        {"no row selected",
-         [&] {
-             editor->lsvSettings()->selectRow(nullptr);
-         }},
-        {"alarm view",
-         [&] {
-             showGroup(kAlarms);
-             selectAlarm(kSO2Alarm);
-         }},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
-        c.arrange();
+    const auto expectNoReads = [&] {
         di->parameter(kSpan)->resetCallCounts();
         di->parameter(kSO2Alarm)->resetCallCounts();
         di->clock()->advance(60);
         EXPECT_EQ(di->parameter(kSpan)->callCount(FakeParameter::Op::GetCurrentValue), 0);
         EXPECT_EQ(di->parameter(kSO2Alarm)->callCount(FakeParameter::Op::GetAttribute), 0);
-    }
-    EXPECT_TRUE(problems.isEmpty());
+    };
+    editor->lsvSettings()->selectRow(nullptr);
+    expectNoReads();
+    showGroup(kAlarms);
+    selectAlarm(kSO2Alarm);
+    expectNoReads();
 }
 
-TEST_F(RefreshTest, ShowsUpdatingUntilTheServiceHasAppliedTheWrite)
+TEST_F(RefreshTest, ChangeToDefaultShowsUpdatingUntilTheServiceHasAppliedIt)
 {
-    ui.queueModal(typeNumber(QStringLiteral("60")));
-    editor->cmdChange_Click();
+    selectSetting(kSpan);
+    QTest::mouseClick(editor->cmdChangeToDefault(), Qt::LeftButton);
+    EXPECT_EQ(writes(kSpan), (Writes{{3, Value(50)}}));
+    EXPECT_TRUE(ui.messageBoxes().isEmpty()); // no questions, no dialog
+    EXPECT_TRUE(ui.modalDialogs().isEmpty());
     EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("Updating..."));
     di->clock()->advance(60);
     EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("Updating..."));
     di->applyPendingWrites();
     di->clock()->advance(60);
-    EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("60"));
+    EXPECT_EQ(settingRow(kSpan)->text(1), QStringLiteral("50"));
 }
 
-TEST_F(RefreshTest, TheSecondaryConnectionEventDropsTheTimersLog)
+TEST_F(RefreshTest, TheTimerRunsEveryMinuteAndTheSecondaryConnectionEventDropsItsLog)
 {
+    ASSERT_EQ(di->clock()->createdSpecs().size(), 1);
+    const IntervalSpec s = di->clock()->createdSpecs().constFirst();
+    EXPECT_EQ(s.name, QStringLiteral("Refresh Setting window"));
+    EXPECT_FALSE(s.firstDue.has_value());
+    EXPECT_EQ(std::tuple(s.periodSeconds, s.id, s.repeat, s.arg6, s.arg7, s.resolutionMs, s.arg9),
+              std::tuple(60, 21, true, false, true, 1000, 60));
     ASSERT_NE(timer(), nullptr);
     di->raiseUseSecondaryDasConnectionStringsChanged();
     EXPECT_EQ(timer()->setMessageLogCalls(), 1);
@@ -119,7 +99,6 @@ TEST_F(RefreshTest, TeardownStopsTheTimerAndReleasesTheDataInterface)
     di->raiseUseSecondaryDasConnectionStringsChanged();
     di->clock()->advance(120);
     editor->cmdChange_Click();
-    EXPECT_TRUE(problems.isEmpty());
     EXPECT_TRUE(ui.modalDialogs().isEmpty());
 }
 

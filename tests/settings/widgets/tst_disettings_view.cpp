@@ -1,59 +1,39 @@
-// Setting up the editor, the group tree, and what the two views show.
+// Setting up the editor, the group tree, what the two views show, and the failures' codes.
 #include "settings_fixture.h"
 
 #include "common/pid.h"
 
-#include <QTextDocument>
 #include <QTextEdit>
 
 namespace olvex::testing {
 namespace {
 
-using SetupTest = SettingsEditorTest;
+using ViewTest = SettingsEditorTest;
 
-TEST_F(SetupTest, InitializesTheSecurityObjectWithTheConnectionTexts)
+TEST_F(ViewTest, SetupBuildsTheTreeAndShowsTheFirstGroup)
 {
-    buildSite();
     setup();
+    EXPECT_TRUE(di->clock()->createdSpecs().isEmpty()); // the timer only when asked for
+    EXPECT_FALSE(editor->hasRefreshTimer());
     EXPECT_EQ(ui.createSecurityCount(), 1);
     EXPECT_EQ(ui.security()->initializeCalls(),
               (QList<FakeSecurity::InitializeCall>{{"data-primary", "data-secondary", "das-primary",
                                                     "das-secondary", "WS1:DISettings", 0}}));
-    EXPECT_TRUE(problems.isEmpty()) << problems.join(u'\n').toStdString();
-}
-
-TEST_F(SetupTest, TheRefreshTimerExistsOnlyWhenAskedFor)
-{
-    buildSite();
-    setup(false);
-    EXPECT_TRUE(di->clock()->createdSpecs().isEmpty());
-    EXPECT_FALSE(editor->hasRefreshTimer());
-
-    setup(true);
-    ASSERT_EQ(di->clock()->createdSpecs().size(), 1);
-    const IntervalSpec spec = di->clock()->createdSpecs().constFirst();
-    EXPECT_EQ(spec.periodSeconds, 60);
-    EXPECT_EQ(spec.id, 21);
-    EXPECT_FALSE(spec.firstDue.has_value());
-    EXPECT_EQ(spec.name, QStringLiteral("Refresh Setting window"));
-    EXPECT_TRUE(spec.repeat);
-    EXPECT_FALSE(spec.arg6);
-    EXPECT_TRUE(spec.arg7);
-    EXPECT_EQ(spec.resolutionMs, 1000);
-    EXPECT_EQ(spec.arg9, 60);
-}
-
-TEST_F(SetupTest, TheFirstGroupIsShownWithItsFirstRowSelected)
-{
-    buildSite();
-    setup();
+    KeyedTree *tree = editor->tvwGroups();
+    EXPECT_TRUE(tree->rootIsDecorated());
+    ASSERT_EQ(tree->topLevelItemCount(), 2);
+    EXPECT_EQ(tree->topLevelItem(1)->text(0), QStringLiteral("Alarms"));
+    QTreeWidgetItem *plant = tree->topLevelItem(0);
+    EXPECT_EQ(plant->text(0), QStringLiteral("Plant"));
+    ASSERT_EQ(plant->childCount(), 2);
+    EXPECT_EQ(plant->child(0)->text(0), QStringLiteral("Limits"));
+    EXPECT_EQ(plant->child(1)->text(0), QStringLiteral("Switches"));
     // Plant sorts first; it has no members, so its list is empty and the buttons are off.
-    EXPECT_EQ(KeyedTree::nodeKey(editor->tvwGroups()->selectedNode()),
-              QStringLiteral("K0000100100"));
+    EXPECT_EQ(tree->selectedNode(), plant);
     EXPECT_EQ(editor->lsvSettings()->rowCount(), 0);
     EXPECT_FALSE(editor->cmdChange()->isEnabled());
 
-    showGroup(kLimits);
+    showGroup(kLimits); // the first row is selected
     EXPECT_FALSE(editor->fraSettings()->isHidden());
     EXPECT_TRUE(editor->fraAlarmSettings()->isHidden());
     EXPECT_EQ(editor->lsvSettings()->selectedRow(), settingRow(kSpan));
@@ -61,31 +41,23 @@ TEST_F(SetupTest, TheFirstGroupIsShownWithItsFirstRowSelected)
     EXPECT_TRUE(editor->cmdChangeToDefault()->isEnabled());
 }
 
-TEST_F(SetupTest, TheTreeNestsAndOrdersTheGroups)
+TEST_F(ViewTest, AFlatTreeLooksLikeAList)
 {
-    buildSite();
-    setup();
-    KeyedTree *tree = editor->tvwGroups();
-    ASSERT_EQ(tree->topLevelItemCount(), 2);
-    EXPECT_EQ(tree->topLevelItem(0)->text(0), QStringLiteral("Plant"));
-    EXPECT_EQ(tree->topLevelItem(1)->text(0), QStringLiteral("Alarms"));
-    QTreeWidgetItem *plant = tree->topLevelItem(0);
-    ASSERT_EQ(plant->childCount(), 2);
-    EXPECT_EQ(plant->child(0)->text(0), QStringLiteral("Limits"));
-    EXPECT_EQ(KeyedTree::nodeKey(plant->child(1)), u"K" + FormatPidPadded(kSwitches));
-    EXPECT_TRUE(tree->rootIsDecorated());
-}
-
-TEST_F(SetupTest, ATreeWithoutChildrenLooksLikeAList)
-{
+    freshSite(false);
     group(kLimits, "Limits", 1, 0, {});
     group(kSwitches, "Switches", 2, 0, {});
     setup();
     EXPECT_FALSE(editor->tvwGroups()->rootIsDecorated());
 }
 
-TEST_F(SetupTest, AnEmptyTreeSelectsAndFillsNothing)
+// Also a second Setup on another site: nothing of the first site may stay on screen.
+TEST_F(ViewTest, AnEmptyTreeSelectsAndFillsNothing)
 {
+    setup();
+    ASSERT_GT(editor->tvwGroups()->topLevelItemCount(), 0);
+    showGroup(kLimits);
+    ASSERT_GT(editor->lsvSettings()->rowCount(), 0);
+    freshSite(false);
     di->addSetting(kSpan, QStringLiteral("Span gas"), SettingType::Number, Value(1));
     setup(true);
     EXPECT_EQ(editor->tvwGroups()->topLevelItemCount(), 0);
@@ -95,54 +67,42 @@ TEST_F(SetupTest, AnEmptyTreeSelectsAndFillsNothing)
     EXPECT_FALSE(editor->cmdChange()->isEnabled());
     EXPECT_EQ(editor->cmdChange()->toolTip(), QStringLiteral("Select a setting first."));
     di->clock()->advance(60); // a refresh with nothing shown does nothing either
-    EXPECT_TRUE(problems.isEmpty()) << problems.join(u'\n').toStdString();
 }
-
-using ViewTest = SettingsEditorTest;
 
 TEST_F(ViewTest, SettingsRowsShowNameValueDefaultAndRange)
 {
-    buildSite();
-    setup();
-    showGroup(kLimits);
+    di->parameter(kZero)->setCurrentValue(Value("12x")); // a misfit: logged and shown empty
+    open(kLimits);
     ReportList *list = editor->lsvSettings();
     EXPECT_EQ(list->headerItem()->text(0), QStringLiteral("Setting"));
     EXPECT_EQ(list->headerItem()->text(3), QStringLiteral("Value Range"));
     ASSERT_EQ(list->rowCount(), 4);
     EXPECT_EQ(rowTexts(list->row(0)), (QStringList{"Span gas", "80", "50", "0 ... 100"}));
-    EXPECT_EQ(rowTexts(list->row(1)), (QStringList{"Zero offset", "0.5", "0", ""}));
+    EXPECT_EQ(rowTexts(list->row(1)), (QStringList{"Zero offset", "", "0", ""}));
+    EXPECT_EQ(log->texts(), QStringList{u"DM-014: value should be a number but isn't (PID="
+                                        + FormatPid(kZero) + u')'});
     // No default: the Null shows as such, like any other Null value.
     EXPECT_EQ(rowTexts(list->row(2)), (QStringList{"Stack height", "120", "<Null>", ""}));
-    EXPECT_EQ(ReportList::rowTag(list->row(0)), QStringLiteral("PID(200100)"));
-    EXPECT_EQ(ReportList::rowKey(list->row(0)), QStringLiteral("K200100"));
-    EXPECT_EQ(ReportList::smallIcon(list->row(0)), 4);
-    EXPECT_EQ(ReportList::smallIcon(list->row(2)), 2);
-}
-
-TEST_F(ViewTest, AnUndefinedMemberStillGetsARow)
-{
-    buildSite();
-    setup();
-    showGroup(kLimits);
-    QTreeWidgetItem *row = editor->lsvSettings()->row(3);
-    ASSERT_NE(row, nullptr);
-    EXPECT_EQ(row->text(0), FormatPid(kUndefined));
-    EXPECT_EQ(row->text(1), QStringLiteral("N/A"));
-    EXPECT_EQ(row->text(2), QString());
-    EXPECT_EQ(ReportList::rowKey(row), QString());
-    EXPECT_EQ(ReportList::rowTag(row), QStringLiteral("PID(209900)"));
-    EXPECT_EQ(ReportList::smallIcon(row), 1);
+    // A member without definition still gets a row, without key.
+    EXPECT_EQ(rowTexts(list->row(3)), (QStringList{FormatPid(kUndefined), "N/A"}));
+    const std::vector<std::tuple<int, QString, QString, int>> rows
+        = {{0, "PID(200100)", "K200100", 4},
+           {2, "PID(200300)", "K200300", 2},
+           {3, "PID(209900)", "", 1}};
+    for (const auto &[index, tag, key, icon] : rows) {
+        EXPECT_EQ(ReportList::rowTag(list->row(index)), tag);
+        EXPECT_EQ(ReportList::rowKey(list->row(index)), key);
+        EXPECT_EQ(ReportList::smallIcon(list->row(index)), icon);
+    }
 }
 
 TEST_F(ViewTest, MembersThatAreNoArrayShowAnEmptyList)
 {
     for (const Value &members : {Value::null(), Value(), Value(kSpan)}) {
         SCOPED_TRACE(members.debugText().toStdString());
-        di = std::make_shared<FakeDataInterface>();
-        buildSite();
+        freshSite();
         di->parameter(kLimits)->setAttributeValue(GroupAttr::Members, members);
-        setup();
-        showGroup(kLimits);
+        open(kLimits);
         EXPECT_EQ(editor->lsvSettings()->rowCount(), 0);
         EXPECT_FALSE(editor->cmdChange()->isEnabled());
         EXPECT_FALSE(editor->cmdChangeToDefault()->isEnabled());
@@ -151,9 +111,7 @@ TEST_F(ViewTest, MembersThatAreNoArrayShowAnEmptyList)
 
 TEST_F(ViewTest, AnAlarmGroupShowsTheAlarmViewWithNothingSelected)
 {
-    buildSite();
-    setup();
-    showGroup(kAlarms);
+    open(kAlarms);
     EXPECT_TRUE(editor->fraSettings()->isHidden());
     EXPECT_FALSE(editor->fraAlarmSettings()->isHidden());
     ReportList *alarms = editor->lsvAlarmSettings();
@@ -164,18 +122,15 @@ TEST_F(ViewTest, AnAlarmGroupShowsTheAlarmViewWithNothingSelected)
     EXPECT_FALSE(editor->cmdChange()->isEnabled());
     EXPECT_FALSE(editor->cmdChangeAlarm()->isEnabled());
     EXPECT_EQ(editor->cmdChangeAlarm()->toolTip(), QStringLiteral("Select an alarm first."));
-
     selectAlarm(kNOxAlarm);
     EXPECT_TRUE(editor->cmdChangeAlarm()->isEnabled());
 }
 
 TEST_F(ViewTest, AnUndefinedMemberOfAnAlarmGroupIsSelectedInTheHiddenSettingsList)
 {
-    buildSite();
     group(kAlarms, "Alarms", 3, 0, {kSO2Alarm, kUndefined}, true);
     di->parameter(kSO2Alarm)->setAttributeValue(SettingAttr::Level, 60);
-    setup();
-    showGroup(kAlarms);
+    open(kAlarms);
     EXPECT_EQ(ReportList::smallIcon(editor->lsvAlarmSettings()->row(0)), 5);
     // The first-row rule looks at the settings list: the undefined member's row is selected
     // there, no alarm row is, and the alarm button stays off.
@@ -187,147 +142,123 @@ TEST_F(ViewTest, AnUndefinedMemberOfAnAlarmGroupIsSelectedInTheHiddenSettingsLis
 
 TEST_F(ViewTest, CaptionOfChangeFollowsTheDataTypeAndIcon)
 {
-    buildSite();
     di->parameter(kHeater)->setAttributeValue(SettingAttr::Readable, false); // write-only
-    setup();
-    showGroup(kSwitches);
-    struct Case
-    {
-        qint32 pid;
-        QString caption;
-    };
+    open(kSwitches);
     // The caption of a yes/no or on/off setting depends on the icon; the others always read
     // "Change Value...". Order matters: the previous caption must not leak into the next.
-    const std::vector<Case> cases = {
+    const std::vector<std::pair<qint32, QString>> cases = {
         {kPurge, "Change Value"},     {kTag, "Change Value..."},     {kPurge, "Change Value"},
         {kHeater, "Change Value..."}, {kCalDate, "Change Value..."},
     };
-    for (const Case &c : cases) {
-        selectSetting(c.pid);
-        EXPECT_EQ(editor->cmdChange()->text(), c.caption) << c.pid;
+    for (const auto &[pid, caption] : cases) {
+        selectSetting(pid);
+        EXPECT_EQ(editor->cmdChange()->text(), caption) << pid;
     }
 }
 
 TEST_F(ViewTest, DisabledButtonsSayWhy)
 {
-    buildSite();
-    setup();
-    showGroup(kLimits);
-    struct Case
-    {
-        const char *name;
-        std::function<void()> select;
-        QString why;
-    };
+    open(kLimits);
     ui.security()->setCanChangeSetting(kZero, false);
-    const std::vector<Case> cases = {
-        {"read-only", [&] { selectSetting(kReadOnly); }, "This setting is read-only."},
-        {"undefined", [&] { editor->lsvSettings()->setCurrentItem(editor->lsvSettings()->row(3)); },
-         "This PID has no definition."},
-        {"no privilege", [&] { selectSetting(kZero); },
-         "Account 'jdoe' does not have privileges to change this setting."},
+    const std::vector<std::pair<int, QString>> cases = {
+        {2, "This setting is read-only."},
+        {3, "This PID has no definition."},
+        {1, "Account 'jdoe' does not have privileges to change this setting."},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[row, why] : cases) {
+        SCOPED_TRACE(why.toStdString());
         selectSetting(kSpan);
         ASSERT_TRUE(editor->cmdChange()->isEnabled());
-        c.select();
+        editor->lsvSettings()->setCurrentItem(editor->lsvSettings()->row(row));
         EXPECT_FALSE(editor->cmdChange()->isEnabled());
         EXPECT_FALSE(editor->cmdChangeToDefault()->isEnabled());
-        EXPECT_EQ(editor->cmdChange()->toolTip(), c.why);
-        EXPECT_EQ(editor->cmdChangeToDefault()->toolTip(), c.why);
+        EXPECT_EQ(editor->cmdChange()->toolTip(), why);
+        EXPECT_EQ(editor->cmdChangeToDefault()->toolTip(), why);
     }
 }
 
 TEST_F(ViewTest, InstructionsArePlainOrRichText)
 {
-    buildSite();
     di->parameter(kLimits)->setAttributeValue(GroupAttr::Instructions,
                                               QStringLiteral("  Calibrate <weekly> & log it.  "));
     di->parameter(kAlarms)->setAttributeValue(
         GroupAttr::Instructions, QStringLiteral("{\\rtf1\\ansi {\\b Alarm} limits\\par next}"));
     setup();
-    showGroup(kLimits);
-    EXPECT_EQ(editor->rtfboxInstructions1()->toPlainText(),
-              QStringLiteral("Calibrate <weekly> & log it."));
-    EXPECT_TRUE(editor->rtfboxInstructions2()->toPlainText().isEmpty());
-
-    showGroup(kAlarms);
-    EXPECT_TRUE(editor->rtfboxInstructions1()->toPlainText().isEmpty());
-    EXPECT_EQ(editor->rtfboxInstructions2()->toPlainText(), QStringLiteral("Alarm limits\nnext"));
-
-    showGroup(kSwitches); // no instructions: both boxes empty
-    EXPECT_TRUE(editor->rtfboxInstructions1()->toPlainText().isEmpty());
-    EXPECT_TRUE(editor->rtfboxInstructions2()->toPlainText().isEmpty());
-    EXPECT_TRUE(problems.isEmpty()) << problems.join(u'\n').toStdString();
-}
-
-TEST_F(ViewTest, UnreadableRichTextIsReportedAndTheListStaysFilled)
-{
-    buildSite();
-    di->parameter(kLimits)->setAttributeValue(GroupAttr::Instructions,
-                                              QStringLiteral("{\\rtf1 {\\b unclosed"));
-    setup();
-    showGroup(kLimits);
-    EXPECT_EQ(editor->lsvSettings()->rowCount(), 4);
-    EXPECT_TRUE(editor->cmdChange()->isEnabled());
-    ASSERT_EQ(problems.size(), 1);
-    EXPECT_TRUE(problems.constFirst().startsWith(u"SED-012/UI-200: 32000, "))
-        << problems.constFirst().toStdString();
+    // Per group: the plain box, then the rich one; no instructions leave both empty.
+    const std::vector<std::tuple<qint32, QString, QString>> cases = {
+        {kLimits, "Calibrate <weekly> & log it.", ""},
+        {kAlarms, "", "Alarm limits\nnext"},
+        {kSwitches, "", ""},
+    };
+    for (const auto &[pid, plain, rich] : cases) {
+        showGroup(pid);
+        EXPECT_EQ(editor->rtfboxInstructions1()->toPlainText(), plain) << pid;
+        EXPECT_EQ(editor->rtfboxInstructions2()->toPlainText(), rich) << pid;
+    }
 }
 
 TEST_F(ViewTest, FailuresCarryTheCodeOfWhereTheyHappened)
 {
     struct Case
     {
-        const char *name;
         std::function<void()> inject;
-        QString line;
+        qint32 group;                // shown after the injection
+        void (DISettings::*click)(); // then clicked, if any, on the first row
+        QString code;
+        int rows = -1; // the rows still listed, if checked
+        QString reason = QStringLiteral("Error 3011, connection lost"); // or its start
     };
+    using Op = FakeParameter::Op;
     const Error gone(3011, QStringLiteral("connection lost"));
+    const auto fail = [&](qint32 pid, Op op, std::optional<int> attribute = {}) {
+        return [=, this] {
+            di->setFailure(pid, op, gone, attribute);
+        };
+    };
+    const auto misfitWithFailingLog = [&] {
+        log->setFailure(gone);
+        di->parameter(kZero)->setCurrentValue(Value("x"));
+    };
+    const auto unreadableInstructions = [&] {
+        di->parameter(kLimits)->setAttributeValue(GroupAttr::Instructions,
+                                                  QStringLiteral("{\\rtf1 {\\b unclosed"));
+    };
     const std::vector<Case> cases = {
-        {"group definition",
-         [&] {
-             di->setFailure(kLimits, FakeParameter::Op::GetAttribute, gone, GroupAttr::Members);
-         },
-         "SED-004/UI-026: Error 3011, connection lost"},
-        {"value cell",
-         [&] { di->setFailure(kZero, FakeParameter::Op::GetAttribute, gone, SettingAttr::Level); },
-         "SED-006/UI-076: Error 3011, connection lost"},
-        {"formatting",
-         [&] {
-             log->setFailure(gone);
-             di->parameter(kZero)->setCurrentValue(Value("x"));
-         },
-         "SED-007/UI-025: Error 3011, connection lost"},
-        {"row click", [&] { ui.security()->setFailure(gone); },
-         "SED-010/UI-028: Error 3011, connection lost"},
+        {fail(kLimits, Op::GetAttribute, GroupAttr::Members), kLimits, nullptr, "SED-004/UI-026"},
+        {fail(kNOxAlarm, Op::GetAttribute, SettingAttr::SetpointL), kAlarms, nullptr,
+         "SED-005/UI-094", 2},
+        {fail(kZero, Op::GetAttribute, SettingAttr::Level), kLimits, nullptr, "SED-006/UI-076"},
+        {misfitWithFailingLog, kLimits, nullptr, "SED-007/UI-025"},
+        {[&] { ui.security()->setFailure(gone); }, kLimits, nullptr, "SED-010/UI-028"},
+        {unreadableInstructions, kLimits, nullptr, "SED-012/UI-200", 4, "32000, "},
+        {fail(kSpan, Op::SetValues), kLimits, &DISettings::cmdChange_Click, "SED-001/UI-029"},
+        {fail(kSpan, Op::SetValues), kLimits, &DISettings::cmdChangeToDefault_Click,
+         "SED-003/UI-027"},
+        {fail(kSO2Alarm, Op::SetAttribute), kAlarms, &DISettings::cmdChangeAlarm_Click,
+         "SED-002/UI-095"},
     };
     for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
-        di = std::make_shared<FakeDataInterface>();
-        log = std::make_shared<RecordingLog>();
-        di->setMessageLog(log);
-        buildSite();
+        SCOPED_TRACE(c.code.toStdString());
+        freshSite();
         setup();
-        problems.clear();
         c.inject();
-        showGroup(kLimits);
-        EXPECT_TRUE(problems.contains(c.line)) << problems.join(u'\n').toStdString();
+        showGroup(c.group);
         ui.security()->setFailure(std::nullopt);
+        ReportList *list = c.group == kAlarms ? editor->lsvAlarmSettings() : editor->lsvSettings();
+        if (c.rows >= 0) {
+            EXPECT_EQ(list->rowCount(), c.rows);
+        }
+        if (c.click) {
+            list->setCurrentItem(list->row(0));
+            ui.setDefaultModal(c.group == kAlarms ? typeSetpoints({"100", "85", "10", ""})
+                                                  : typeNumber(QStringLiteral("55")));
+            (editor.get()->*c.click)();
+        }
+        const QStringList lines = takeProblems();
+        EXPECT_TRUE(std::ranges::any_of(lines, [&](const QString &line) {
+            return line.startsWith(c.code + u": " + c.reason);
+        })) << lines.join(u'\n').toStdString();
     }
-}
-
-TEST_F(ViewTest, AMisfitValueIsLoggedAndShownEmpty)
-{
-    buildSite();
-    di->parameter(kZero)->setCurrentValue(Value("12x"));
-    setup();
-    showGroup(kLimits);
-    EXPECT_EQ(settingRow(kZero)->text(1), QString());
-    EXPECT_EQ(log->texts(), QStringList{u"DM-014: value should be a number but isn't (PID="
-                                        + FormatPid(kZero) + u')'});
-    EXPECT_TRUE(problems.isEmpty());
 }
 
 } // namespace

@@ -27,16 +27,22 @@ protected:
     QTextDocument doc;
 };
 
-TEST_F(RenderedRtf, KeepsTheTextAndItsParagraphs)
+TEST_F(RenderedRtf, KeepsTheTextItsParagraphsAndTheirAlignment)
 {
-    load(QStringLiteral("{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fswiss Arial;}}"
-                        "{\\*\\generator Editor 1.0;}{\\info{\\title Hidden}}"
-                        "\\pard First line\\par Second\\line same paragraph\\par\\par Last}"));
+    load(QStringLiteral(
+        "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fswiss Arial;}}"
+        "{\\*\\generator Editor 1.0;}{\\info{\\title Hidden}}"
+        "\\pard\\qc First line\\par\\pard Second\\line same paragraph\\par\\par Last}"));
     EXPECT_EQ(doc.blockCount(), 4);
     EXPECT_EQ(doc.findBlockByNumber(0).text(), QStringLiteral("First line"));
     EXPECT_EQ(doc.findBlockByNumber(1).text(), QString::fromUtf16(u"Second\u2028same paragraph"));
     EXPECT_EQ(doc.findBlockByNumber(2).text(), QString());
     EXPECT_EQ(doc.findBlockByNumber(3).text(), QStringLiteral("Last"));
+    const auto alignment = [&](int block) {
+        return doc.findBlockByNumber(block).blockFormat().alignment() & Qt::AlignHorizontal_Mask;
+    };
+    EXPECT_EQ(alignment(0), Qt::AlignHCenter);
+    EXPECT_EQ(alignment(1), Qt::AlignLeft); // \pard ends the centring
     EXPECT_FALSE(doc.toPlainText().contains(u"Arial"));
     EXPECT_FALSE(doc.toPlainText().contains(u"Hidden"));
     EXPECT_FALSE(doc.toPlainText().contains(u"Editor"));
@@ -49,32 +55,30 @@ TEST_F(RenderedRtf, KeepsCharacterFormats)
                         "{\\fs36 large} \\cf1 red\\cf2  blue\\cf0  {\\b\\i both} after}"));
     EXPECT_EQ(doc.toPlainText(),
               QStringLiteral("plain bold italic under large red blue both after"));
-    EXPECT_EQ(formatAt(doc, "plain").fontWeight(), int(QFont::Normal));
-    EXPECT_EQ(formatAt(doc, "bold").fontWeight(), int(QFont::Bold));
-    EXPECT_TRUE(formatAt(doc, "italic").fontItalic());
-    EXPECT_FALSE(formatAt(doc, "bold").fontItalic());
-    EXPECT_TRUE(formatAt(doc, "under").fontUnderline());
-    EXPECT_FALSE(formatAt(doc, "large").fontUnderline());
+    // Word, bold, italic, underlined: a group ends what it switched on.
+    const std::vector<std::tuple<QString, bool, bool, bool>> cases = {
+        {"plain", false, false, false}, {"bold", true, false, false},
+        {"italic", false, true, false}, {"under", false, false, true},
+        {"large", false, false, false}, {"both", true, true, false},
+        {"after", false, false, false},
+    };
+    for (const auto &[word, bold, italic, underlined] : cases) {
+        const QTextCharFormat format = formatAt(doc, word);
+        EXPECT_EQ(format.fontWeight(), int(bold ? QFont::Bold : QFont::Normal))
+            << word.toStdString();
+        EXPECT_EQ(format.fontItalic(), italic) << word.toStdString();
+        EXPECT_EQ(format.fontUnderline(), underlined) << word.toStdString();
+    }
     EXPECT_DOUBLE_EQ(formatAt(doc, "large").fontPointSize(), 18.0);
     EXPECT_EQ(formatAt(doc, "red").foreground().color(), QColor(200, 0, 0));
     EXPECT_EQ(formatAt(doc, "blue").foreground().color(), QColor(0, 0, 255));
-    // The group ends the bold and italic; \cf0 is the automatic colour again.
-    const QTextCharFormat after = formatAt(doc, "after");
-    EXPECT_EQ(after.fontWeight(), int(QFont::Normal));
-    EXPECT_FALSE(after.fontItalic());
-    EXPECT_FALSE(after.hasProperty(QTextFormat::ForegroundBrush));
-    EXPECT_EQ(formatAt(doc, "both").fontWeight(), int(QFont::Bold));
-    EXPECT_TRUE(formatAt(doc, "both").fontItalic());
+    // \cf0 is the automatic colour again.
+    EXPECT_FALSE(formatAt(doc, "after").hasProperty(QTextFormat::ForegroundBrush));
 }
 
 TEST_F(RenderedRtf, ReadsEscapesAsWindows1252AndUnicode)
 {
-    struct Case
-    {
-        const char *rtf;
-        QString text;
-    };
-    const std::vector<Case> cases = {
+    const std::vector<std::pair<const char *, QString>> cases = {
         {"{\\rtf1 caf\\'e9}", QString::fromUtf16(u"caf\u00e9")},
         {"{\\rtf1 \\'80 \\'93q\\'94 \\'85}", QString::fromUtf16(u"\u20ac \u201cq\u201d \u2026")},
         {"{\\rtf1 \\u8364? euro}", QString::fromUtf16(u"\u20ac euro")},
@@ -85,20 +89,10 @@ TEST_F(RenderedRtf, ReadsEscapesAsWindows1252AndUnicode)
         {"{\\rtf1 \\ldblquote x\\rdblquote\\emdash y}",
          QString::fromUtf16(u"\u201cx\u201d\u2014y")},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.rtf);
-        load(QString::fromLatin1(c.rtf));
-        EXPECT_EQ(doc.toRawText(), c.text); // raw: keeps the no-break space
+    for (const auto &[rtf, text] : cases) {
+        load(QString::fromLatin1(rtf));
+        EXPECT_EQ(doc.toRawText(), text) << rtf; // raw: keeps the no-break space
     }
-}
-
-TEST_F(RenderedRtf, KeepsAlignment)
-{
-    load(QStringLiteral("{\\rtf1\\qc Centered\\par\\pard Left\\par}"));
-    EXPECT_EQ(doc.findBlockByNumber(0).blockFormat().alignment() & Qt::AlignHorizontal_Mask,
-              Qt::AlignHCenter);
-    EXPECT_EQ(doc.findBlockByNumber(1).blockFormat().alignment() & Qt::AlignHorizontal_Mask,
-              Qt::AlignLeft);
 }
 
 } // namespace
