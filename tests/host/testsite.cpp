@@ -85,6 +85,16 @@ std::shared_ptr<SiteStore> BackendTest::emptySite(const QString &siteId)
     return m_store;
 }
 
+Error errorOf(const std::function<void()> &body)
+{
+    try {
+        body();
+    } catch (const Error &error) {
+        return error;
+    }
+    return Error(0, QString());
+}
+
 ProgramRun runProgram(const QString &program, const QStringList &arguments, int timeoutMs)
 {
     QProcess process;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/error.h"
 #include "host/sitestore.h"
 
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 #include <QString>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -76,6 +78,9 @@ struct ProgramRun
     QString out;
     QString err;
 };
+// What body threw; number 0 when it threw nothing.
+Error errorOf(const std::function<void()> &body);
+
 ProgramRun runProgram(const QString &program, const QStringList &arguments, int timeoutMs = 60000);
 
 } // namespace olvex::test

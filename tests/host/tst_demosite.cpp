@@ -11,8 +11,18 @@
 
 using namespace olvex;
 using namespace olvex::test;
+using namespace Qt::StringLiterals;
 
 namespace {
+
+// What a calibration's start record must hold for the start dialog.
+const QStringList kCalStartElements
+    = u"CalEnabled CalStartTimeUser SkipIfOffline SkipDailyCalIfOnlineCalExists CalDelayMinutes"
+      u" CalAfterStartup CalAfterEnterNormalOps SkipStartupCalIfOnlineCalExists CalEvery26OpHours"
+      u" CalConfirmEnabled CalConfirmTimeout CalConfirmDefaultConfirm NormalOpSupported"
+      u" CanDetermineOpHours CalConfirmSupported ManualCalStartSupported ManualCalAbortSupported"
+      u" UserFriendlyStatus OpHoursSinceOnlineCal OpHoursStatusString CalConfirmPending"_s.split(
+          u' ');
 
 class DemoSiteTest : public BackendTest
 {
@@ -20,8 +30,7 @@ protected:
     ParameterList all(int type)
     {
         if (!m_di) {
-            m_di = std::make_unique<SiteDataInterface>(m_store,
-                                                       HostSession(QStringLiteral("viewer")));
+            m_di = std::make_unique<SiteDataInterface>(m_store, HostSession(u"viewer"_s));
         }
         return m_di->GetPidsOfTypes({type});
     }
@@ -36,7 +45,7 @@ TEST_P(DemoSiteTest, CountsAreTheSameOnEveryBackend)
     EXPECT_EQ(counts.parametersByType, expected);
     EXPECT_EQ(counts.users, 3);
     EXPECT_EQ(counts.queuedWrites, 3);
-    EXPECT_EQ(m_store->siteId(), QStringLiteral("MILLCREEK"));
+    EXPECT_EQ(m_store->siteId(), u"MILLCREEK"_s);
 }
 
 TEST_P(DemoSiteTest, GroupsFormATreeThreeDeepWithTheOrderCasesOfAPlant)
@@ -103,32 +112,27 @@ TEST_P(DemoSiteTest, SettingsCoverEveryDataTypeAndState)
 {
     demo();
     QSet<qint64> dataTypes;
-    int readOnly = 0, writeOnly = 0, neither = 0, highLevel = 0, offline = 0, nullValues = 0,
-        pending = 0, withoutUnit = 0;
+    QMap<QString, int> seen; // how many settings show each case
     for (const ParameterPtr &p : all(ParameterTypes::Setting)) {
+        const auto is = [&](int number) {
+            return p->GetAttribute(number).isTrue();
+        };
         EXPECT_TRUE(IsValidPid(p->PidNumber()));
         dataTypes.insert(*p->GetAttribute(SettingAttr::DataType).toInteger());
-        const bool readable = p->GetAttribute(SettingAttr::Readable).isTrue();
-        const bool changeable = p->GetAttribute(SettingAttr::Changeable).isTrue();
-        readOnly += readable && !changeable;
-        writeOnly += !readable && changeable;
-        neither += !readable && !changeable;
-        highLevel += p->GetAttribute(SettingAttr::Level).toInteger().value_or(0) > 50;
-        offline += !p->GetAttribute(SettingAttr::AltReadable).isTrue()
-                   && !p->GetAttribute(SettingAttr::AltChangeable).isTrue();
-        nullValues += p->GetCurrentValue().Value.isNull();
-        pending += p->GetAttribute(SettingAttr::ChangePending).isTrue();
-        withoutUnit += p->UnitName().isEmpty();
+        seen[u"read-only"_s] += is(SettingAttr::Readable) && !is(SettingAttr::Changeable);
+        seen[u"write-only"_s] += !is(SettingAttr::Readable) && is(SettingAttr::Changeable);
+        seen[u"neither"_s] += !is(SettingAttr::Readable) && !is(SettingAttr::Changeable);
+        seen[u"high level"_s] += p->GetAttribute(SettingAttr::Level).toInteger().value_or(0) > 50;
+        seen[u"offline"_s] += !is(SettingAttr::AltReadable) && !is(SettingAttr::AltChangeable);
+        seen[u"null value"_s] += p->GetCurrentValue().Value.isNull();
+        seen[u"no unit"_s] += p->UnitName().isEmpty();
+        seen[u"pending"_s] += is(SettingAttr::ChangePending);
     }
     EXPECT_EQ(dataTypes, (QSet<qint64>{1, 2, 3, 4, 5, 6, 7}));
-    EXPECT_GT(readOnly, 0);
-    EXPECT_GT(writeOnly, 0);
-    EXPECT_GT(neither, 0);
-    EXPECT_GT(highLevel, 0);
-    EXPECT_GT(offline, 0);
-    EXPECT_GT(nullValues, 0);
-    EXPECT_EQ(pending, 3);
-    EXPECT_GT(withoutUnit, 0);
+    EXPECT_EQ(seen.value(u"pending"_s), 3);
+    for (auto it = seen.cbegin(); it != seen.cend(); ++it) {
+        EXPECT_GT(it.value(), 0) << it.key().toStdString();
+    }
 }
 
 TEST_P(DemoSiteTest, CalibrationParametersCarryFullStartRecords)
@@ -146,30 +150,10 @@ TEST_P(DemoSiteTest, CalibrationParametersCarryFullStartRecords)
         const QString xml = cal->GetCurrentValue().Value.toText();
         const XmlDocument doc = LoadXmlDocument(nullptr, xml);
         ASSERT_TRUE(doc) << "the record is well-formed XML";
-        EXPECT_FALSE(GetNodeText(doc, QStringLiteral("//CalStart/UserFriendlyStatus")).isEmpty());
-        for (const char *element : {"CalEnabled",
-                                    "CalStartTimeUser",
-                                    "SkipIfOffline",
-                                    "SkipDailyCalIfOnlineCalExists",
-                                    "CalDelayMinutes",
-                                    "CalAfterStartup",
-                                    "CalAfterEnterNormalOps",
-                                    "SkipStartupCalIfOnlineCalExists",
-                                    "CalEvery26OpHours",
-                                    "CalConfirmEnabled",
-                                    "CalConfirmTimeout",
-                                    "CalConfirmDefaultConfirm",
-                                    "NormalOpSupported",
-                                    "CanDetermineOpHours",
-                                    "CalConfirmSupported",
-                                    "ManualCalStartSupported",
-                                    "ManualCalAbortSupported",
-                                    "UserFriendlyStatus",
-                                    "OpHoursSinceOnlineCal",
-                                    "OpHoursStatusString",
-                                    "CalConfirmPending"}) {
-            EXPECT_TRUE(xml.contains(u"<" + QLatin1StringView(element)))
-                << element << " in " << cal->GetName(0).toStdString();
+        EXPECT_FALSE(GetNodeText(doc, u"//CalStart/UserFriendlyStatus"_s).isEmpty());
+        for (const QString &element : kCalStartElements) {
+            EXPECT_TRUE(xml.contains(u'<' + element))
+                << element.toStdString() << " in " << cal->GetName(0).toStdString();
         }
     }
     EXPECT_EQ(confirmation, (QSet<bool>{true, false}));
@@ -213,7 +197,7 @@ TEST_P(DemoSiteTest, ScaleMakesTheAskedNumberOfSettingsAndGroups)
     EXPECT_EQ(counts.parametersByType.value(ParameterTypes::SettingGroup), 150);
     EXPECT_GE(counts.parametersByType.value(ParameterTypes::Calibration), 4);
     // Every member of every group is a defined, valid PID.
-    SiteDataInterface di(m_store, HostSession(QStringLiteral("viewer")));
+    SiteDataInterface di(m_store, HostSession(u"viewer"_s));
     auto directory = di.GetPidDirectory();
     int members = 0;
     for (const ParameterPtr &g : di.GetPidsOfTypes({ParameterTypes::SettingGroup})) {

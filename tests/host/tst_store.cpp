@@ -6,7 +6,6 @@
 #include "host/connectiontext.h"
 #include "host/schema.h"
 #include "host/sqlconnection.h"
-#include "host/storedvalue.h"
 #include "host/storeerrors.h"
 
 #include <QCryptographicHash>
@@ -18,84 +17,73 @@
 
 using namespace olvex;
 using namespace olvex::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr qint32 kPid = 101100001; // 1-011-0-00-01
 
+// Whole doubles stay doubles, numeric text stays text, 1899-12-30 is a time of day alone.
 QList<Value> everyKind()
 {
     const QDateTime local(QDate(2024, 2, 29), QTime(23, 59, 58, 123));
-    return {
-        Value(),
-        Value::null(),
-        Value(true),
-        Value(false),
-        Value(0),
-        Value(-1),
-        Value(std::numeric_limits<qint64>::max()),
-        Value(std::numeric_limits<qint64>::min()),
-        Value(3.0), // a double that happens to be whole stays a double
-        Value(0.1),
-        Value(-2.5e-300),
-        Value(1.7976931348623157e308),
-        Value(4.9e-324),
-        Value(QStringLiteral("")),
-        Value(QStringLiteral("12")), // numeric text stays text
-        Value(
-            QStringLiteral("O'Brien \"quoted\"; 50 \u00b0F \u00e4\u00f6\u00fc \u2603 \U0001F600")),
-        Value(QStringLiteral("line one\r\nline two\ttab")),
-        Value(local),
-        Value(QDateTime(QDate(2024, 7, 1), QTime(12, 0), Qt::UTC)),
-        Value(QDateTime(QDate(1899, 12, 30), QTime(6, 50))), // a time of day alone
-        Value(QList<Value>{Value(101100001), Value(101100002), Value(101100003)}),
-        Value(QList<Value>{}),
-        Value(QList<Value>{Value::null(), Value(), Value(QStringLiteral("[1,\"x\"]")), Value(2.5),
-                           Value(QList<Value>{Value(true), Value(local)})}),
-    };
+    using Limits = std::numeric_limits<qint64>;
+    return QList<Value>()
+           << Value() << Value::null() << Value(true) << Value(false) << Value(0) << Value(-1)
+           << Value(Limits::max()) << Value(Limits::min()) << Value(3.0) << Value(0.1)
+           << Value(-0.0) << Value(-2.5e-300) << Value(1.7976931348623157e308) << Value(4.9e-324)
+           << Value(std::nan("")) << Value(-std::numeric_limits<double>::infinity()) << Value(u""_s)
+           << Value(u"12"_s)
+           << Value(u"O'Brien \"quoted\"; 50 \u00b0F \u00e4\u00f6\u00fc \u2603 \U0001F600"_s)
+           << Value(u"line one\r\nline two\ttab"_s) << Value(local)
+           << Value(QDateTime(QDate(2024, 7, 1), QTime(12, 0), Qt::UTC))
+           << Value(QDateTime(QDate(1899, 12, 30), QTime(6, 50)))
+           << Value(QList<Value>{Value(101100001), Value(101100002), Value(101100003)})
+           << Value(QList<Value>{})
+           << Value(QList<Value>{Value::null(), Value(), Value(u"[1,\"x\"]"_s), Value(2.5),
+                                 Value(QList<Value>{Value(true), Value(local)})});
 }
 
-// Same kind and same content, down to the time zone of a date and the sign of a zero.
+// Same kind and same content, down to the time zone of a date and the sign of a zero (the text
+// alone for what does not even equal itself: not-a-number).
 void expectSame(const Value &expected, const Value &actual)
 {
     EXPECT_EQ(expected.debugText().toStdString(), actual.debugText().toStdString());
-    EXPECT_TRUE(expected == actual) << expected.debugText().toStdString();
-}
-
-QByteArray fileDigest(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {};
+    if (expected == expected) {
+        EXPECT_TRUE(expected == actual) << expected.debugText().toStdString();
     }
-    return QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256);
 }
 
-// What a database holds, as a list of its tables, and (SQLite) the file's digest.
-QStringList tablesOf(const QString &connectionText)
+// What a database holds: its tables, its schema version and, for SQLite, the file's digest.
+QStringList contentOf(const SitePlace &place)
 {
-    SqlConnection sql(parseConnectionText(connectionText), false);
+    SqlConnection sql(parseConnectionText(place.connectionText()), false);
     QSqlQuery query = sql.prepare(
-        sql.isSqlite() ? QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"
-                                        " ORDER BY name")
-                       : QStringLiteral("SELECT tablename FROM pg_catalog.pg_tables"
-                                        " WHERE schemaname = current_schema() ORDER BY 1"));
+        sql.isSqlite() ? u"SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"_s
+                       : u"SELECT tablename FROM pg_catalog.pg_tables"
+                         u" WHERE schemaname = current_schema() ORDER BY 1"_s);
     sql.exec(query);
-    QStringList tables;
+    QStringList content;
     while (query.next()) {
-        tables.append(query.value(0).toString());
+        content.append(query.value(0).toString());
     }
-    return tables;
+    if (content.contains(u"olvex_schema"_s)) {
+        content.append(QString::number(readSchemaVersion(sql)));
+    }
+    if (sql.isSqlite()) {
+        QFile file(place.filePath());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        content.append(QString::fromLatin1(
+            QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex()));
+    }
+    return content;
 }
 
-int errorNumberOf(const std::function<void()> &body)
+SiteInfo siteInfo(const QString &siteId)
 {
-    try {
-        body();
-    } catch (const Error &error) {
-        return error.number();
-    }
-    return 0;
+    SiteInfo info;
+    info.siteId = siteId;
+    return info;
 }
 
 class StoreTest : public BackendTest
@@ -108,13 +96,13 @@ TEST_P(StoreTest, EveryValueKindComesBackExactly)
     {
         Transaction t(store->sql(), SqlConnection::TransactionKind::Write);
         QSqlQuery q = store->sql().prepare(
-            QStringLiteral("INSERT INTO parameters (pid, name, ptype) VALUES (?, 'Probe', 4)"));
+            u"INSERT INTO parameters (pid, name, ptype) VALUES (?, 'Probe', 4)"_s);
         q.addBindValue(kPid);
         store->sql().exec(q);
         t.commit();
     }
     const QList<Value> values = everyKind();
-    const Actor who{QStringLiteral("admin"), QStringLiteral("TEST"), QStringLiteral("127.0.0.1")};
+    const Actor who{u"admin"_s, u"TEST"_s, u"127.0.0.1"_s};
     for (int i = 0; i < values.size(); ++i) {
         store->setAttribute(kPid, -500 - i, values[i], who);
     }
@@ -130,89 +118,63 @@ TEST_P(StoreTest, EveryValueKindComesBackExactly)
         expectSame(values[i], *record->attribute(-500 - i));
         expectSame(values[i], *batch.first().attribute(-500 - i));
         // Current values take the same path through another table.
-        store->setCurrentValue(kPid, values[i], 7, who, QStringLiteral("test"));
+        store->setCurrentValue(kPid, values[i], 7, who, u"test"_s);
         const LiveState live = reopened->liveState(kPid);
         expectSame(values[i], live.current.Value);
         EXPECT_EQ(live.current.Status, 7);
     }
 }
 
-TEST_P(StoreTest, NotANumberSurvivesAsNotANumber)
+TEST_P(StoreTest, WhatIsNotASiteOfThisProgramIsRefusedUntouched)
 {
-    auto store = emptySite();
-    Transaction t(store->sql(), SqlConnection::TransactionKind::Write);
-    QSqlQuery q = store->sql().prepare(
-        QStringLiteral("INSERT INTO parameters (pid, name, ptype) VALUES (?, 'Probe', 4)"));
-    q.addBindValue(kPid);
-    store->sql().exec(q);
-    t.commit();
-    store->setAttribute(kPid, -1, Value(std::nan("")), Actor{});
-    store->setAttribute(kPid, -2, Value(-std::numeric_limits<double>::infinity()), Actor{});
-    const auto record = SiteStore::open(site())->parameter(kPid);
-    ASSERT_TRUE(record);
-    EXPECT_EQ(record->attribute(-1)->kind(), Value::Kind::Double);
-    EXPECT_TRUE(std::isnan(*record->attribute(-1)->toDouble()));
-    EXPECT_EQ(*record->attribute(-2)->toDouble(), -std::numeric_limits<double>::infinity());
-}
-
-TEST_P(StoreTest, DatabaseWithOtherTablesIsNotASiteAndIsLeftAlone)
-{
+    struct Case
     {
-        SqlConnection raw(parseConnectionText(site()), true);
-        raw.execute(QStringLiteral("CREATE TABLE inventory (item TEXT, count INTEGER)"));
-        raw.execute(QStringLiteral("INSERT INTO inventory VALUES ('filters', 12)"));
+        const char *name;
+        std::function<void(SitePlace &)> prepare;
+        int error;
+        bool forcedCreationRefused; // create with replace set leaves it alone too
+    };
+    const QList<Case> cases{
+        {"other tables",
+         [](SitePlace &place) {
+             SqlConnection raw(parseConnectionText(place.connectionText()), true);
+             raw.execute(u"CREATE TABLE inventory (item TEXT, count INTEGER)"_s);
+             raw.execute(u"INSERT INTO inventory VALUES ('filters', 12)"_s);
+         },
+         // A PostgreSQL schema may hold other programs' tables beside a site.
+         StoreError::NotASite, isSqlite()},
+        {"empty database",
+         [](SitePlace &place) {
+             if (place.backend() == Backend::Sqlite) {
+                 QFile empty(place.filePath());
+                 ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
+             }
+         },
+         StoreError::NotASite, false},
+        {"newer schema",
+         [](SitePlace &place) {
+             SiteStore::create(place.connectionText(), siteInfo(u"NEW"_s), false);
+             SqlConnection raw(parseConnectionText(place.connectionText()), false);
+             raw.execute(u"UPDATE olvex_schema SET version = "_s
+                         + QString::number(kSchemaVersion + 1));
+             raw.execute(u"CREATE TABLE future_things (x INTEGER)"_s);
+         },
+         StoreError::NewerSchema, true},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        SitePlace place(GetParam());
+        c.prepare(place);
+        const QStringList before = contentOf(place);
+        EXPECT_EQ(errorOf([&] { SiteStore::open(place.connectionText()); }).number(), c.error);
+        if (c.forcedCreationRefused) {
+            EXPECT_EQ(errorOf([&] {
+                          SiteStore::create(place.connectionText(), siteInfo(u"X"_s), true);
+                      }).number(),
+                      c.error);
+        }
+        EXPECT_EQ(contentOf(place), before);
     }
-    const QByteArray before = isSqlite() ? fileDigest(m_place->filePath()) : QByteArray();
-    EXPECT_EQ(errorNumberOf([&] { SiteStore::open(site()); }), StoreError::NotASite);
-    EXPECT_EQ(tablesOf(site()), QStringList{QStringLiteral("inventory")});
-    if (isSqlite()) {
-        // Not even a forced creation overwrites a file that is not a site.
-        SiteInfo info;
-        info.siteId = QStringLiteral("X");
-        EXPECT_EQ(errorNumberOf([&] { SiteStore::create(site(), info, true); }),
-                  StoreError::NotASite);
-        EXPECT_EQ(fileDigest(m_place->filePath()), before);
-    }
-}
-
-TEST_P(StoreTest, EmptyDatabaseIsNotASite)
-{
-    if (isSqlite()) {
-        QFile empty(m_place->filePath());
-        ASSERT_TRUE(empty.open(QIODevice::WriteOnly));
-        empty.close();
-    }
-    EXPECT_EQ(errorNumberOf([&] { SiteStore::open(site()); }), StoreError::NotASite);
-    EXPECT_TRUE(tablesOf(site()).isEmpty());
-    if (isSqlite()) {
-        EXPECT_EQ(QFile(m_place->filePath()).size(), 0);
-    }
-}
-
-TEST_P(StoreTest, NewerSchemaIsRefusedAndLeftAsItIs)
-{
-    emptySite();
-    m_store.reset();
-    {
-        SqlConnection raw(parseConnectionText(site()), false);
-        raw.execute(u"UPDATE olvex_schema SET version = " + QString::number(kSchemaVersion + 1));
-        raw.execute(QStringLiteral("CREATE TABLE future_things (x INTEGER)"));
-    }
-    const QStringList tablesBefore = tablesOf(site());
-    const QByteArray before = isSqlite() ? fileDigest(m_place->filePath()) : QByteArray();
-
-    EXPECT_EQ(errorNumberOf([&] { SiteStore::open(site()); }), StoreError::NewerSchema);
-    SiteInfo info;
-    info.siteId = QStringLiteral("X");
-    EXPECT_EQ(errorNumberOf([&] { SiteStore::create(site(), info, true); }),
-              StoreError::NewerSchema);
-
-    EXPECT_EQ(tablesOf(site()), tablesBefore);
-    if (isSqlite()) {
-        EXPECT_EQ(fileDigest(m_place->filePath()), before);
-    }
-    SqlConnection raw(parseConnectionText(site()), false);
-    EXPECT_EQ(readSchemaVersion(raw), kSchemaVersion + 1);
 }
 
 TEST_P(StoreTest, OlderSiteIsMigratedForwardKeepingItsContent)
@@ -220,74 +182,49 @@ TEST_P(StoreTest, OlderSiteIsMigratedForwardKeepingItsContent)
     {
         SqlConnection raw(parseConnectionText(site()), true);
         createSchema(raw, 1);
-        raw.execute(QStringLiteral("INSERT INTO site (id, site_id, name, created_ms)"
-                                   " VALUES (1, 'OLDSITE', 'Old', 0)"));
-        raw.execute(QStringLiteral(
-            "INSERT INTO parameters (pid, name, ptype) VALUES (101100001, 'Kept', 4)"));
-        raw.execute(QStringLiteral(
-            "INSERT INTO attributes (pid, number, vkind, val) VALUES (101100001, -14, 3, '1')"));
+        raw.execute(
+            u"INSERT INTO site (id, site_id, name, created_ms) VALUES (1, 'OLDSITE', 'Old', 0)"_s);
+        raw.execute(u"INSERT INTO parameters (pid, name, ptype) VALUES (101100001, 'Kept', 4)"_s);
+        raw.execute(
+            u"INSERT INTO attributes (pid, number, vkind, val) VALUES (101100001, -14, 3, '1')"_s);
         ASSERT_EQ(readSchemaVersion(raw), 1);
     }
     auto store = SiteStore::open(site());
     EXPECT_EQ(store->schemaVersion(), kSchemaVersion);
-    EXPECT_EQ(store->siteId(), QStringLiteral("OLDSITE"));
+    EXPECT_EQ(store->siteId(), u"OLDSITE"_s);
     const auto record = store->parameter(101100001);
     ASSERT_TRUE(record);
     expectSame(Value(1), *record->attribute(-14));
     // What the later steps added is there.
     const QVariant index = store->sql().scalar(
-        isSqlite() ? QStringLiteral("SELECT count(*) FROM sqlite_master"
-                                    " WHERE name = 'audit_trail_by_pid'")
-                   : QStringLiteral("SELECT count(*) FROM pg_indexes WHERE schemaname ="
-                                    " current_schema() AND indexname = 'audit_trail_by_pid'"));
+        isSqlite() ? u"SELECT count(*) FROM sqlite_master WHERE name = 'audit_trail_by_pid'"_s
+                   : u"SELECT count(*) FROM pg_indexes WHERE schemaname ="
+                     u" current_schema() AND indexname = 'audit_trail_by_pid'"_s);
     EXPECT_EQ(index.toInt(), 1);
     SqlConnection raw(parseConnectionText(site()), false);
     EXPECT_EQ(readSchemaVersion(raw), kSchemaVersion);
 }
 
-TEST_P(StoreTest, CreateReplacesASiteOnlyWhenAsked)
+TEST_P(StoreTest, CreationReplacesASiteOnlyWhenAskedAndOnlyWhenItSucceeds)
 {
-    auto first = emptySite(QStringLiteral("FIRST"));
-    first->setAlternativeState(true);
+    emptySite(u"FIRST"_s)->setAlternativeState(true);
     m_store.reset();
-    first.reset();
-
-    SiteInfo info;
-    info.siteId = QStringLiteral("SECOND");
-    EXPECT_EQ(errorNumberOf([&] { SiteStore::create(site(), info, false); }),
-              StoreError::SiteExists);
-    EXPECT_EQ(SiteStore::open(site())->siteId(), QStringLiteral("FIRST"));
-
-    auto second = SiteStore::create(site(), info, true);
-    EXPECT_EQ(second->siteId(), QStringLiteral("SECOND"));
-    EXPECT_FALSE(second->site().alternativeState);
-}
-
-TEST_P(StoreTest, FailedCreationLeavesTheOldSite)
-{
-    emptySite(QStringLiteral("KEEP"));
-    m_store.reset();
-    SiteInfo info;
-    info.siteId = QStringLiteral("NEW");
-    const int number = errorNumberOf([&] {
-        SiteStore::create(site(), info, true, [](SiteStore &) {
-            throw Error(42, QStringLiteral("the fill broke down"));
-        });
-    });
-    EXPECT_EQ(number, 42);
-    EXPECT_EQ(SiteStore::open(site())->siteId(), QStringLiteral("KEEP"));
-}
-
-TEST_P(StoreTest, SiteIdsThatFilesCannotCarryAreRefused)
-{
-    for (const QString &id : {QString(), QStringLiteral(" "), QStringLiteral("A B"),
-                              QStringLiteral("A,B"), QStringLiteral("A;B")}) {
-        SiteInfo info;
-        info.siteId = id;
-        EXPECT_EQ(errorNumberOf([&] { SiteStore::create(site(), info, false); }),
-                  StoreError::InvalidRequest)
-            << id.toStdString();
+    const auto createError = [&](const QString &siteId, bool replace,
+                                 const std::function<void(SiteStore &)> &fill = {}) {
+        return errorOf([&] { SiteStore::create(site(), siteInfo(siteId), replace, fill); })
+            .number();
+    };
+    // Site ids that files cannot carry.
+    for (const QString &id : {QString(), u" "_s, u"A B"_s, u"A,B"_s, u"A;B"_s}) {
+        EXPECT_EQ(createError(id, true), StoreError::InvalidRequest) << id.toStdString();
     }
+    EXPECT_EQ(createError(u"SECOND"_s, false), StoreError::SiteExists);
+    EXPECT_EQ(createError(u"NEW"_s, true, [](SiteStore &) { throw Error(42, u"broke"_s); }), 42);
+    EXPECT_EQ(SiteStore::open(site())->siteId(), u"FIRST"_s);
+
+    auto second = SiteStore::create(site(), siteInfo(u"SECOND"_s), true);
+    EXPECT_EQ(second->siteId(), u"SECOND"_s);
+    EXPECT_FALSE(second->site().alternativeState);
 }
 
 INSTANTIATE_TEST_SUITE_P(Store, StoreTest, OLVEX_TEST_BACKENDS, backendName);
