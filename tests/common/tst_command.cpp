@@ -21,9 +21,8 @@ TEST(Command, XmlEscapeReplacesEachSpecialCharacterOnce)
         // Other non-ASCII characters are carried as they are.
         {u"\u00e9\u00ba"_s, u"\u00e9\u00ba"_s},
     };
-    for (const auto &[text, expected] : cases) {
+    for (const auto &[text, expected] : cases)
         EXPECT_EQ(XmlEscape(text), expected) << text.toStdString();
-    }
 }
 
 // The three joinings each keep their exact spacing: the service reads them as text.
@@ -119,13 +118,11 @@ TEST(Command, PostCommand)
         SCOPED_TRACE(::testing::Message() << writerFails << withLog << logThrows);
         FakeDataInterface dataInterface;
         dataInterface.setSiteId(u"SITE-7"_s);
-        if (writerFails) {
+        if (writerFails)
             dataInterface.messageRecords()->setFailure(u"queue is full"_s);
-        }
         RecordingLog log;
-        if (logThrows) {
+        if (logThrows)
             log.setFailure(Error(3, u"log gone"_s));
-        }
         QString errorText = u"stale"_s;
         bool ok = true;
         EXPECT_NO_THROW(ok = PostCommand(dataInterface, withLog ? &log : nullptr,

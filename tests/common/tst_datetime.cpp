@@ -55,10 +55,9 @@ TEST(DateTime, DateAddWholeKeepsWholeSeconds)
         {"ww", 2, at(2024, 5, 1, 6, 0, 0), at(2024, 5, 15, 6, 0, 0)},
         {"q", 1, at(2024, 11, 30, 6, 0, 0), at(2025, 2, 28, 6, 0, 0)},
     };
-    for (const auto &[interval, number, start, expected] : cases) {
+    for (const auto &[interval, number, start, expected] : cases)
         EXPECT_EQ(DateAddWhole(QString::fromLatin1(interval), number, start), expected)
             << interval << " " << number;
-    }
     EXPECT_THROW(DateAddWhole(QStringLiteral("fortnight"), 1, at(2024, 5, 1, 0, 0, 0)), Error);
 }
 
@@ -95,9 +94,8 @@ TEST(DateTime, ParseDateText)
         {"12", std::nullopt},
         {"", std::nullopt},
     };
-    for (const auto &[text, expected] : cases) {
+    for (const auto &[text, expected] : cases)
         EXPECT_EQ(parseDateText(QString::fromLatin1(text)), expected) << '"' << text << '"';
-    }
 }
 
 } // namespace

@@ -41,9 +41,8 @@ TEST(Pid, ValidityAndTextForms)
         {Value("abc"), false},      {Value::null(), false},
         {Value(), false},           {Value(true), false},
     };
-    for (const auto &[value, valid] : values) {
+    for (const auto &[value, valid] : values)
         EXPECT_EQ(IsValidPid(value), valid) << value.debugText().toStdString();
-    }
 }
 
 TEST(Pid, PartsAndBuild)
@@ -56,9 +55,8 @@ TEST(Pid, PartsAndBuild)
         {seven, 5, 7}, {seven, -5, 8}, {pid, -5, 8}, {pid, 0, 0},  {pid, -1, 0},
         {pid, -4, 0},  {pid, 6, 0},    {pid, -6, 0},
     };
-    for (const auto &[value, part, expected] : cases) {
+    for (const auto &[value, part, expected] : cases)
         EXPECT_EQ(GetPidPart(value, part), expected) << value << " part " << part;
-    }
 
     EXPECT_EQ(BuildPid(1, 234, 5, 67, 89), 123456789);
     EXPECT_EQ(BuildPid(19, 999, 8, 99, 99), 1999989999);
@@ -66,9 +64,8 @@ TEST(Pid, PartsAndBuild)
     const std::array<int, 5> invalid[]
         = {{20, 0, 0, 0, 0},  {-1, 0, 0, 0, 0},  {0, 1000, 0, 0, 0}, {0, 0, 10, 0, 0},
            {0, 0, 0, 100, 0}, {0, 0, 0, 0, 100}, {0, 0, 9, 99, 99},  {1, 0, 6, 0, 0}};
-    for (const auto &[a, b, c, d, e] : invalid) {
+    for (const auto &[a, b, c, d, e] : invalid)
         EXPECT_EQ(BuildPid(a, b, c, d, e), 0) << a << ' ' << b << ' ' << c << ' ' << d << ' ' << e;
-    }
 }
 
 TEST(Pid, Parse)
@@ -90,10 +87,9 @@ TEST(Pid, Parse)
         {"1-234-5-67-89", true, 0},  // no opening bracket
         {"[1-234-5-67-89]", false, 123456789},
     };
-    for (const auto &[text, bracketed, expected] : cases) {
+    for (const auto &[text, bracketed, expected] : cases)
         EXPECT_EQ(ParsePid(QString::fromLatin1(text), bracketed), expected)
             << '"' << text << "\" bracketed=" << bracketed;
-    }
 }
 
 } // namespace

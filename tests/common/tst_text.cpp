@@ -10,30 +10,26 @@ namespace {
 
 TEST(Text, TextBetween)
 {
-    struct Case
-    {
-        const char *text, *start, *end;
-        int startAt;
-        Qt::CaseSensitivity compare;
-        const char *expected;
-        int found, next;
-    } cases[] = {
-        {"a=1;b=2;", "b=", ";", 1, Qt::CaseSensitive, "2", 5, 9},
-        {"a=1;b=2;", "c=", ";", 1, Qt::CaseSensitive, "", 0, 0},    // absent start
-        {"a=1;b=2", "b=", ";", 1, Qt::CaseSensitive, "2", 5, 0},    // missing end: the rest
-        {"a=1;b=2;", "B=", ";", 1, Qt::CaseSensitive, "", 0, 0},    // binary compare
-        {"a=1;b=2;", "B=", ";", 1, Qt::CaseInsensitive, "2", 5, 9}, // text compare
-        {"a=1;a=2;", "a=", ";", 2, Qt::CaseSensitive, "2", 5, 9},   // search from startAt
-        {"|x|y|", "|", "", 1, Qt::CaseSensitive, "x", 1, 4},        // start marker ends too
-    };
-    for (const Case &c : cases) {
+    // Text, start and end marker, where to start, how to compare; the text found, where it was
+    // found and where the search would go on.
+    const std::tuple<const char *, const char *, const char *, int, Qt::CaseSensitivity,
+                     const char *, int, int>
+        cases[] = {
+            {"a=1;b=2;", "b=", ";", 1, Qt::CaseSensitive, "2", 5, 9},
+            {"a=1;b=2;", "c=", ";", 1, Qt::CaseSensitive, "", 0, 0},    // absent start
+            {"a=1;b=2", "b=", ";", 1, Qt::CaseSensitive, "2", 5, 0},    // missing end: the rest
+            {"a=1;b=2;", "B=", ";", 1, Qt::CaseSensitive, "", 0, 0},    // binary compare
+            {"a=1;b=2;", "B=", ";", 1, Qt::CaseInsensitive, "2", 5, 9}, // text compare
+            {"a=1;a=2;", "a=", ";", 2, Qt::CaseSensitive, "2", 5, 9},   // search from startAt
+            {"|x|y|", "|", "", 1, Qt::CaseSensitive, "x", 1, 4},        // start marker ends too
+        };
+    for (const auto &[text, start, end, startAt, compare, expected, atFound, atNext] : cases) {
         int found = -1, next = -1;
-        const QString result
-            = TextBetween(QString::fromLatin1(c.text), QString::fromLatin1(c.start),
-                          QString::fromLatin1(c.end), c.startAt, c.compare, found, next);
+        const QString result = TextBetween(QString::fromLatin1(text), QString::fromLatin1(start),
+                                           QString::fromLatin1(end), startAt, compare, found, next);
         EXPECT_EQ(std::tuple(result, found, next),
-                  std::tuple(QString::fromLatin1(c.expected), c.found, c.next))
-            << c.text << " / " << c.start;
+                  std::tuple(QString::fromLatin1(expected), atFound, atNext))
+            << text << " / " << start;
     }
 }
 
@@ -46,9 +42,8 @@ TEST(Text, SortTextsOrdersByCharacterCode)
                                        {"same", "same", "Same"}};
     // A larger list exercises every gap of the sequence.
     QStringList many;
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < 500; ++i)
         many << QString::number((i * 7919) % 1009);
-    }
     for (QStringList texts : inputs + QList<QStringList>{many}) {
         QStringList expected = texts;
         std::sort(expected.begin(), expected.end());

@@ -20,46 +20,55 @@ TEST(Value, NullEmptyAndKindsStayApart)
     EXPECT_TRUE(Value(5).toArray().isEmpty());
 }
 
-TEST(Value, NumericAndDateTests)
+// What each kind of value is and becomes: numeric, date, yes/no and whole number. Texts take the
+// locale's group separator; dates as text are read as parseDateText reads them; True is -1 as a
+// number; whole numbers round half to even.
+TEST(Value, TestsAndConversions)
 {
-    // Value, numeric, date. Texts take the locale's group separator; dates as text are read as
-    // parseDateText reads them.
-    const std::tuple<Value, bool, bool> cases[] = {
-        {Value(), false, false},
-        {Value::null(), false, false},
-        {Value(true), true, false},
-        {Value(12), true, false},
-        {Value(1.5), true, false},
-        {Value("12"), true, false},
-        {Value(" -12.5e3 "), true, false},
-        {Value("12x"), false, false},
-        {Value("1,234.5"), true, false},
-        {Value("inf"), false, false},
-        {Value("nan"), false, false},
-        {Value(""), false, false},
-        {Value("2024-05-01"), false, true},
-        {Value(QDateTime(QDate(2024, 5, 1), QTime(1, 2))), false, true},
-        {Value(QList<Value>{Value(1)}), false, false},
+    struct Case
+    {
+        Value value;
+        bool numeric, date;
+        std::optional<bool> boolean;
+        std::optional<qint64> integer;
     };
-    for (const auto &[value, numeric, date] : cases) {
-        EXPECT_EQ(value.isNumeric(), numeric) << value.debugText().toStdString();
-        EXPECT_EQ(value.isDate(), date) << value.debugText().toStdString();
-    }
-}
-
-TEST(Value, BooleanConversions)
-{
-    const std::pair<Value, std::optional<bool>> cases[] = {
-        {Value("True"), true},         {Value("false"), false},
-        {Value(" TRUE "), true},       {Value("-1"), true},
-        {Value("0"), false},           {Value("0.0"), false},
-        {Value("2.5"), true},          {Value(2), true},
-        {Value(0.0), false},           {Value(), false},
-        {Value("yes"), std::nullopt},  {Value(""), std::nullopt},
-        {Value::null(), std::nullopt},
+    const QDateTime morning(QDate(2024, 5, 1), QTime(1, 2));
+    const Case cases[] = {
+        {Value(), false, false, false, 0},
+        {Value::null(), false, false, {}, {}},
+        {Value(true), true, false, true, -1},
+        {Value(false), true, false, false, 0},
+        {Value(12), true, false, true, 12},
+        {Value(0.0), true, false, false, 0},
+        {Value(1.5), true, false, true, 2},
+        {Value(2.5), true, false, true, 2},
+        {Value(3.5), true, false, true, 4},
+        {Value(-2.5), true, false, true, -2},
+        {Value(1e30), true, false, true, {}},
+        {Value("12"), true, false, true, 12},
+        {Value(" -12.5e3 "), true, false, true, -12500},
+        {Value("-1"), true, false, true, -1},
+        {Value("0"), true, false, false, 0},
+        {Value("0.0"), true, false, false, 0},
+        {Value("7.6"), true, false, true, 8},
+        {Value("1,234.5"), true, false, true, 1234},
+        {Value("True"), false, false, true, {}},
+        {Value("false"), false, false, false, {}},
+        {Value(" TRUE "), false, false, true, {}},
+        {Value("yes"), false, false, {}, {}},
+        {Value("12x"), false, false, {}, {}},
+        {Value("inf"), false, false, {}, {}},
+        {Value("nan"), false, false, {}, {}},
+        {Value(""), false, false, {}, {}},
+        {Value("2024-05-01"), false, true, {}, {}},
+        {Value(morning), false, true, true, 45413},
+        {Value(QList<Value>{Value(1)}), false, false, {}, {}},
     };
-    for (const auto &[value, expected] : cases) {
-        EXPECT_EQ(value.toBoolean(), expected) << value.debugText().toStdString();
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.value.debugText().toStdString());
+        EXPECT_EQ(std::tuple(c.value.isNumeric(), c.value.isDate(), c.value.toBoolean(),
+                             c.value.toInteger()),
+                  std::tuple(c.numeric, c.date, c.boolean, c.integer));
     }
 }
 
@@ -81,9 +90,8 @@ TEST(Value, TextForms)
         {Value(QDateTime(QDate(2024, 5, 1), QTime(0, 0))), "5/1/2024"},
         {Value(QDateTime(QDate(1899, 12, 30), QTime(6, 50))), "6:50:00 AM"},
     };
-    for (const auto &[value, text] : cases) {
+    for (const auto &[value, text] : cases)
         EXPECT_EQ(value.toText(), QString::fromUtf8(text)) << value.debugText().toStdString();
-    }
 }
 
 TEST(Value, TextFollowsTheLocaleDecimalPoint)
@@ -94,24 +102,6 @@ TEST(Value, TextFollowsTheLocaleDecimalPoint)
     EXPECT_EQ(Value("2,5").toDouble(), 2.5);
     EXPECT_EQ(Value("2.5").toDouble(), 2.5); // the C form is always read
     QLocale::setDefault(saved);
-}
-
-TEST(Value, IntegerRoundsHalfToEven)
-{
-    // True is -1 as a number.
-    const std::pair<Value, std::optional<qint64>> cases[] = {
-        {Value(true), -1},
-        {Value(false), 0},
-        {Value(2.5), 2},
-        {Value(3.5), 4},
-        {Value(-2.5), -2},
-        {Value("7.6"), 8},
-        {Value("x"), std::nullopt},
-        {Value(1e30), std::nullopt},
-    };
-    for (const auto &[value, expected] : cases) {
-        EXPECT_EQ(value.toInteger(), expected) << value.debugText().toStdString();
-    }
 }
 
 TEST(Value, DecimalsKeepAllDigits)

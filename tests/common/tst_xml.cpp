@@ -104,9 +104,8 @@ TEST(XmlLoad, HostileDocumentsDoNothing)
     const QString secretUrl = QUrl::fromLocalFile(secret.fileName()).toString();
 
     QString laughs = u"<!DOCTYPE lolz [<!ENTITY lol0 \"lol\">"_s;
-    for (int i = 1; i <= 9; ++i) {
+    for (int i = 1; i <= 9; ++i)
         laughs += u"<!ENTITY lol%1 \"%2\">"_s.arg(i).arg(u"&lol%1;"_s.arg(i - 1).repeated(10));
-    }
     laughs += u"]><lolz>&lol9;</lolz>"_s;
 
     const QStringList cases = {
@@ -169,9 +168,8 @@ TEST(XmlRead, GetNodeTextSelectsByPath)
         {"", QString()},
         {"//namespace::*", QString()},
     };
-    for (const auto &[path, expected] : cases) {
+    for (const auto &[path, expected] : cases)
         EXPECT_EQ(GetNodeText(doc, QString::fromUtf8(path)), expected) << path;
-    }
     // Relative to a node.
     const XmlNode calStart = doc.selectSingleNode(u"//CalStart"_s);
     EXPECT_EQ(GetNodeText(calStart, u"Nested/Inner[2]"_s), u"b"_s);
@@ -233,9 +231,8 @@ TEST(XmlText, TruncateText)
         {QString(), 40, QString()}, {u"abc"_s, 3, u"abc"_s},  {u"abcd"_s, 3, u"abc..."_s},
         {u"abc"_s, 0, u"..."_s},    {u"abc"_s, -1, u"..."_s},
     };
-    for (const auto &[text, maxLength, expected] : cases) {
+    for (const auto &[text, maxLength, expected] : cases)
         EXPECT_EQ(TruncateText(text, maxLength), expected) << text.toStdString() << maxLength;
-    }
 }
 
 } // namespace

@@ -120,7 +120,7 @@ TEST(Windows1252, EveryByteSurvivesARoundTripAndTheRestIsAQuestionMark)
 // The export texts and the failure texts are pinned by the panel's and the command line's tests;
 // the import summary is pinned here with every count, which no file there produces.
 // A file may be named anything: its name must come out as it is, never taken for a placeholder.
-TEST(ImportExportTexts, ImportSummaryAddsEachNonZeroCountInOrder)
+TEST(ImportExportTexts, SummaryAddsEachNonZeroCountInOrderAndPreviewListsEachLine)
 {
     const QString odd = "$count$ $newline$ $totalcount$.csv";
     EXPECT_EQ(texts::importSummary(odd, ImportCounts{11, 1, 2, 3, 4, 5, 6, 7},
@@ -140,10 +140,8 @@ TEST(ImportExportTexts, ImportSummaryAddsEachNonZeroCountInOrder)
               "changed because the imported value matches the current value.\n");
     EXPECT_EQ(texts::exportSucceeded(odd, ExportCounts{4, 0, false}),
               "Exported 4 settings to '" + odd + "'.");
-}
 
-TEST(ImportExportTexts, PreviewReportListsChangesAndRefusals)
-{
+    // The dry run's report lists the changes and the refusals before the summary.
     ImportPreview preview;
     preview.changes.append({2, 123456789, "SO2 span", "12.5", "13"});
     preview.refusals.append(

@@ -32,6 +32,7 @@ constexpr qint32 kNumber = 123456789;   // 1-234-5-67-89
 constexpr qint32 kText = 100000001;     // 1-000-0-00-01
 constexpr qint32 kReadOnly = 100000008; // 1-000-0-00-08
 constexpr qint32 kBroken = 100000011;   // 1-000-0-00-11
+const QString kReadOnlyReason = "[CSET-0072] Cannot import setting. Setting is read-only.";
 
 class TransferTest : public ::testing::Test
 {
@@ -153,13 +154,8 @@ TEST_F(TransferTest, WritesHeaderAndOneLinePerSetting)
 TEST_F(TransferTest, AllNullOrZeroFlag)
 {
     const QDateTime zero = zeroDate();
-    const struct
-    {
-        const char *name;
-        QList<std::pair<int, Value>> values; // data type, current value
-        bool allNullOrZero;
-        int nullCount;
-    } cases[] = {
+    // Data types and current values; the flag; the count of Null values.
+    const std::tuple<const char *, QList<std::pair<int, Value>>, bool, int> cases[] = {
         {"no settings: the header alone", {}, true, 0},
         {"zeros",
          {{1, Value(0)}, {7, Value("")}, {4, Value(zero)}, {2, Value(zero)}, {1, Value()}},
@@ -169,17 +165,17 @@ TEST_F(TransferTest, AllNullOrZeroFlag)
         {"zero written otherwise", {{1, Value("0.0")}}, false, 0},
         {"zero day, not midnight", {{3, Value(zero.addSecs(3600))}}, false, 0},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[name, values, allNullOrZero, nullCount] : cases) {
+        SCOPED_TRACE(name);
         auto site = std::make_shared<FakeDataInterface>();
         qint32 pid = 100000001;
-        for (const auto &[type, value] : c.values)
+        for (const auto &[type, value] : values)
             site->addSetting(pid++, "s", type, value);
         exported = ExportCounts{99, 99, false};
         ASSERT_TRUE(SettingsImportExport(site, nullptr).ExportSettings(path, exported));
         EXPECT_EQ(std::tuple(exported.count, exported.nullCount, exported.allNullOrZero),
-                  std::tuple(c.values.size(), c.nullCount, c.allNullOrZero));
-        EXPECT_EQ(fileLines(readBytes(path)).size(), 3 + c.values.size());
+                  std::tuple(values.size(), nullCount, allNullOrZero));
+        EXPECT_EQ(fileLines(readBytes(path)).size(), 3 + values.size());
     }
 }
 
@@ -189,82 +185,86 @@ TEST_F(TransferTest, FailureLeavesTheOldFile)
 {
     addNumberSettings(600, 300000000);
     const QByteArray old("old content\r\n");
-    const QString failed = "Cannot export settings. Error ";
-    const struct
-    {
-        const char *name;
-        std::function<void()> breakIt; // stays broken for the cases after it
-        QString target;
-        QString logLine; // the start of the one line logged; empty: nothing logged
-    } cases[] = {
-        {"cancelled halfway",
-         [&] {
-             transfer.setProgressHandler([](qint64 done, qint64 total) {
-                 EXPECT_EQ(total, 604);
-                 return done < 300;
-             });
-         },
-         path, ""},
-        {"folder not there", [&] { transfer.setProgressHandler({}); },
-         dir.filePath("missing/settings.csv"), failed + "75, "},
-        {"value unreadable halfway",
-         [&] {
-             data->setFailure(300000000 + 4 * 100000 + 17, FakeParameter::Op::GetCurrentValue,
-                              Error(9, "Value unreadable"));
-         },
-         path, failed + "9, Value unreadable [CSET-0058]"},
-        {"store offline",
-         [&] {
-             data->setFailure(FakeDataInterface::Op::GetPidsOfTypes, Error(5, "Store offline"));
-         },
-         path, failed + "5, Store offline [CSET-0058]"},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
+    // Exports to target and fails; logLine is the start of the one line logged (empty:
+    // cancelled, nothing logged).
+    const auto failsKeepingTheOldFile = [&](const QString &target, const QString &logLine) {
+        SCOPED_TRACE(logLine.toStdString());
         writeBytes(path, old);
         log->clear();
-        c.breakIt();
-        EXPECT_FALSE(transfer.ExportSettings(c.target, exported));
-        EXPECT_EQ(transfer.wasCancelled(), c.logLine.isEmpty());
+        EXPECT_FALSE(transfer.ExportSettings(target, exported));
+        EXPECT_EQ(transfer.wasCancelled(), logLine.isEmpty());
         EXPECT_EQ(readBytes(path), old);
         EXPECT_EQ(folderEntries(), QStringList{"settings.csv"});
-        EXPECT_EQ(log->lines().size(), c.logLine.isEmpty() ? 0 : 1);
+        EXPECT_EQ(log->lines().size(), logLine.isEmpty() ? 0 : 1);
         for (const LogLine &line : log->lines()) {
             EXPECT_EQ(line.severity, Severity::Error);
-            EXPECT_TRUE(line.text.startsWith(c.logLine) && line.text.endsWith(" [CSET-0058]"))
+            EXPECT_TRUE(line.text.startsWith(logLine) && line.text.endsWith(" [CSET-0058]"))
                 << line.text.toStdString();
         }
-    }
+    };
+    transfer.setProgressHandler([](qint64 done, qint64 total) {
+        EXPECT_EQ(total, 604);
+        return done < 300; // cancelled halfway
+    });
+    failsKeepingTheOldFile(path, "");
+    transfer.setProgressHandler({});
+    const QString failed = "Cannot export settings. Error ";
+    failsKeepingTheOldFile(dir.filePath("missing/settings.csv"), failed + "75, ");
+    data->setFailure(300000000 + 4 * 100000 + 17, FakeParameter::Op::GetCurrentValue,
+                     Error(9, "Value unreadable")); // halfway
+    failsKeepingTheOldFile(path, failed + "9, Value unreadable [CSET-0058]");
+    data->setFailure(FakeDataInterface::Op::GetPidsOfTypes, Error(5, "Store offline"));
+    failsKeepingTheOldFile(path, failed + "5, Store offline [CSET-0058]");
 }
 
-// The first line must name this site. (A file that is not there: the command line's test.)
-TEST_F(TransferTest, SiteLine)
+// The first line must name this site (a file that is not there: the command line's test).
+// Comments and blank lines are not counted; any line end will do; the file is Windows-1252
+// unless a byte order mark says UTF-8.
+TEST_F(TransferTest, WholeFiles)
 {
     const QString notFound = "Cannot import settings. Cannot find site ID. [CSET-0063] First line "
                              "in file must start with ;SiteID=";
     const QString blank = "Cannot import settings. Site ID is blank. First line in file must "
                           "specify the Olvex site ID. [CSET-0064]";
-    // The first lines, and the error (empty: accepted).
-    const QList<std::pair<QStringList, QString>> cases = {
-        {{";SiteID=PLANT1"}, ""},
-        {{";SiteID=plant1"}, ""},
-        {{";SiteID=PLANT1,,,,"}, ""},
-        {{"   ;SiteID=PLANT1   "}, ""},
-        {{";SiteID= PLANT1 second word"}, ""},
-        {{";SiteID= "}, blank},
-        {{"SiteID=PLANT1"}, notFound},
-        {{}, notFound},
-        {{";SiteID=south"},
-         "Cannot import settings. Site ID 'SOUTH' in file does not match the Olvex site ID "
-         "'PLANT1'. [CSET-0065]"},
+    const auto firstLine = [](const QStringList &lines) {
+        return settingsFile(lines + QStringList{"1-234-5-67-89,,,13"});
     };
-    for (const auto &[lines, error] : cases) {
-        SCOPED_TRACE(lines.join('|').toStdString());
+    const QString text = u"\u20AC \u201Equoted\u201C 5\u00B0"_s;
+    data->parameter(kText)->setCurrentValue(Value(text));
+    const QByteArray ansi = "\x80 \x84quoted\x93 5\xB0";
+    // The file, the error (empty: accepted) and the counts of an accepted one.
+    const QList<std::tuple<QByteArray, QString, Counts>> cases = {
+        {firstLine({";SiteID=PLANT1"}), "", {1, 1}},
+        {firstLine({";SiteID=plant1"}), "", {1, 1}},
+        {firstLine({";SiteID=PLANT1,,,,"}), "", {1, 1}},
+        {firstLine({"   ;SiteID=PLANT1   "}), "", {1, 1}},
+        {firstLine({";SiteID= PLANT1 second word"}), "", {1, 1}},
+        {firstLine({";SiteID= "}), blank, {}},
+        {firstLine({"SiteID=PLANT1"}), notFound, {}},
+        {firstLine({}), notFound, {}},
+        {firstLine({";SiteID=south"}),
+         "Cannot import settings. Site ID 'SOUTH' in file does not match the Olvex site ID "
+         "'PLANT1'. [CSET-0065]",
+         {}},
+        {settingsFile({";SiteID=PLANT1", ";Time=2025-12-31 23:59:58",
+                       ";PID,UNIT,SETTING,VALUE,DEFAULT", "", "     ", "  ; indented comment",
+                       "1-234-5-67-89,ppm,SO2 span,13,10", ""}),
+         "",
+         {1, 1}},
+        {";SiteID=PLANT1\r1-234-5-67-89,,,13\n\r1-000-0-00-01,,," + ansi + "\n", "", {2, 1, 1}},
+        {"\xEF\xBB\xBF;SiteID=PLANT1\r\n1-000-0-00-01,,Label," + text.toUtf8() + "\r\n",
+         "",
+         {1, 0, 1}},
+    };
+    for (const auto &[bytes, error, expected] : cases) {
+        SCOPED_TRACE(bytes.toStdString());
         const qsizetype writesBefore = writes(kNumber).size();
-        EXPECT_EQ(importBytes(settingsFile(lines + QStringList{"1-234-5-67-89,,,13"})),
-                  error.isEmpty());
+        EXPECT_EQ(importBytes(bytes), error.isEmpty());
         EXPECT_EQ(errorText, error);
-        EXPECT_EQ(writes(kNumber).size() - writesBefore, error.isEmpty() ? 1 : 0);
+        if (error.isEmpty())
+            EXPECT_EQ(all(counts), expected);
+        else
+            EXPECT_EQ(writes(kNumber).size(), writesBefore);
     }
     EXPECT_TRUE(log->isEmpty());
 }
@@ -272,17 +272,17 @@ TEST_F(TransferTest, SiteLine)
 // Each refused line is logged as the reason, two blanks and the line.
 TEST_F(TransferTest, EachLineIsCountedAndLogged)
 {
-    const QString parse = "[CSET-0066] Cannot import setting. Cannot parse line. ";
+    const int err = Severity::Error;
+    const int note = Severity::Note;
     const QString blank = "[CSET-0069] Cannot import setting. Value is blank.";
-    const QString readOnly = "[CSET-0072] Cannot import setting. Setting is read-only.";
     const QString noPid = "[CSET-0068] Cannot import setting. Cannot parse PID.";
-    const struct
-    {
-        QString line;
-        Counts counts;
-        int severity; // of the one log line, 0: none
-        QString reason;
-    } cases[] = {
+    const QString tooShort
+        = "[CSET-0067] Cannot import setting. Line does not contain enough items.";
+    const QString undefined = "[CSET-0070] Cannot import setting. PID not defined.";
+    const QString notSetting = "[CSET-0071] Cannot import setting. PID is not a Setting parameter.";
+    // The line, its counts, the severity of its one log line (0: none) and its reason. The CSV
+    // parser's own table pins its faults; here, that its text follows the import's.
+    const std::tuple<QString, Counts, int, QString> cases[] = {
         {"1-234-5-67-89,ppm,SO2 span,12.5,10", {1, 0, 1}, 0, ""},
         {"1-234-5-67-89,ppm,SO2 span,13,10", {1, 1}, 0, ""},
         {"123456789,,,13", {1, 1}, 0, ""},
@@ -292,46 +292,34 @@ TEST_F(TransferTest, EachLineIsCountedAndLogged)
         {"1-000-0-00-01,,Label,ABC", {1, 1}, 0, ""},
         {"1-234-5-67-89,ppm,\"a\"b,1",
          {1, 0, 0, 1},
-         Severity::Error,
-         parse + "[CSV-0002] Parse error at position 22. Quote followed by illegal character."},
-        {"1-234-5-67-89,ppm,\"SO2",
-         {1, 0, 0, 1},
-         Severity::Error,
-         parse + "[CSV-0001] Parse error at position 23. Found unpaired quote."},
-        {"1-234-5-67-89,ppm,SO2 span",
-         {1, 0, 0, 0, 0, 1},
-         Severity::Note,
-         "[CSET-0067] Cannot import setting. Line does not contain enough items."},
-        {"no pid,ppm,x,5", {1, 0, 0, 1}, Severity::Error, noPid},
-        {",,Orphan,5", {1, 0, 0, 1}, Severity::Error, noPid},
-        {"1-234-5-67-89,ppm,SO2 span,   ,10", {1, 0, 0, 0, 0, 1}, Severity::Note, blank},
-        {"1-234-5-67-89,ppm,SO2 span,\"\",10", {1, 0, 0, 0, 0, 1}, Severity::Note, blank},
-        {"1-000-0-00-50,,Unknown,5",
-         {1, 0, 0, 0, 1},
-         Severity::Error,
-         "[CSET-0070] Cannot import setting. PID not defined."},
-        {"1-000-0-01-00,,Group,5",
-         {1, 0, 0, 0, 1},
-         Severity::Error,
-         "[CSET-0071] Cannot import setting. PID is not a Setting parameter."},
-        {"1-000-0-00-08,,Serial,B-2,,Read only", {1, 0, 0, 0, 0, 0, 1}, Severity::Error, readOnly},
+         err,
+         "[CSET-0066] Cannot import setting. Cannot parse line. [CSV-0002] Parse error at "
+         "position 22. Quote followed by illegal character."},
+        {"1-234-5-67-89,ppm,SO2 span", {1, 0, 0, 0, 0, 1}, note, tooShort},
+        {"no pid,ppm,x,5", {1, 0, 0, 1}, err, noPid},
+        {",,Orphan,5", {1, 0, 0, 1}, err, noPid},
+        {"1-234-5-67-89,ppm,SO2 span,   ,10", {1, 0, 0, 0, 0, 1}, note, blank},
+        {"1-234-5-67-89,ppm,SO2 span,\"\",10", {1, 0, 0, 0, 0, 1}, note, blank},
+        {"1-000-0-00-50,,Unknown,5", {1, 0, 0, 0, 1}, err, undefined},
+        {"1-000-0-01-00,,Group,5", {1, 0, 0, 0, 1}, err, notSetting},
+        {"1-000-0-00-08,,Serial,B-2,,Read only", {1, 0, 0, 0, 0, 0, 1}, err, kReadOnlyReason},
         // Read only comes before the comparison: an unchanged value is refused all the same.
-        {"1-000-0-00-08,,Serial,A-1,,Read only", {1, 0, 0, 0, 0, 0, 1}, Severity::Error, readOnly},
+        {"1-000-0-00-08,,Serial,A-1,,Read only", {1, 0, 0, 0, 0, 0, 1}, err, kReadOnlyReason},
     };
     // Each line alone, looked up PID by PID (a small file) and against the batch of all
     // settings read up front (a large one): the outcome must not depend on the way.
     for (const bool batch : {false, true}) {
         transfer.setBatchFromLines(batch ? 0 : 1000000);
-        for (const auto &c : cases) {
-            SCOPED_TRACE((batch ? "batch: " : "by PID: ") + c.line.toStdString());
+        for (const auto &[line, expected, severity, reason] : cases) {
+            SCOPED_TRACE((batch ? "batch: " : "by PID: ") + line.toStdString());
             log->clear();
-            ASSERT_TRUE(import({c.line})) << errorText.toStdString();
-            EXPECT_EQ(all(counts), c.counts);
+            ASSERT_TRUE(import({line})) << errorText.toStdString();
+            EXPECT_EQ(all(counts), expected);
             EXPECT_TRUE(errorText.isEmpty());
-            if (c.severity == 0)
+            if (severity == 0)
                 EXPECT_TRUE(log->isEmpty()) << log->texts().join('\n').toStdString();
             else
-                EXPECT_EQ(log->lines(), (QList<LogLine>{{c.severity, c.reason + "  " + c.line}}));
+                EXPECT_EQ(log->lines(), (QList<LogLine>{{severity, reason + "  " + line}}));
         }
     }
     EXPECT_EQ(data->pidsOfTypesRequests().size(), std::size(cases));
@@ -351,30 +339,27 @@ TEST_F(TransferTest, PreviewThenImport)
     EXPECT_EQ(all(counts), (Counts{4, 3, 0, 0, 0, 0, 1}));
     ASSERT_EQ(preview.changes.size(), 3);
     const ImportChange &change = preview.changes[1];
-    EXPECT_EQ(QStringList({QString::number(change.lineNumber), QString::number(change.pid),
-                           change.name, change.currentText, change.fileText}),
-              QStringList({"3", QString::number(kNumber), "SO2 span", "12.5", "13"}));
+    EXPECT_EQ(
+        std::tuple(change.lineNumber, change.pid, change.name, change.currentText, change.fileText),
+        std::tuple(3, kNumber, u"SO2 span"_s, u"12.5"_s, u"13"_s));
     ASSERT_EQ(preview.refusals.size(), 1);
     const ImportRefusal &refusal = preview.refusals[0];
-    EXPECT_EQ(
-        QStringList({QString::number(refusal.lineNumber), refusal.reason, refusal.line}),
-        QStringList({"5", "[CSET-0072] Cannot import setting. Setting is read-only.", lines[3]}));
+    EXPECT_EQ(std::tuple(refusal.lineNumber, refusal.reason, refusal.line),
+              std::tuple(5, kReadOnlyReason, lines[3]));
     for (const qint32 pid : {kNumber, kText, kBroken})
         EXPECT_TRUE(writes(pid).isEmpty());
     EXPECT_TRUE(log->isEmpty());
 
     ASSERT_TRUE(import(lines));
     EXPECT_EQ(all(counts), (Counts{4, 2, 0, 0, 0, 0, 1, 1}));
-    EXPECT_EQ(writes(kNumber),
-              (QList<FakeParameter::ValueWrite>{{3, Value(QList<Value>{Value("13")})}}));
-    EXPECT_EQ(writes(kText),
-              (QList<FakeParameter::ValueWrite>{{3, Value(QList<Value>{Value("x, y")})}}));
-    EXPECT_EQ(
-        log->texts(),
-        (QStringList{"[CSET-0078] Error 9, Write refused; PID=1-000-0-00-11",
-                     "[CSET-0073] Cannot import setting. Attempt to change setting failed.  "
-                         + lines[0],
-                     "[CSET-0072] Cannot import setting. Setting is read-only.  " + lines[3]}));
+    using Writes = QList<FakeParameter::ValueWrite>;
+    EXPECT_EQ(writes(kNumber), (Writes{{3, Value(QList<Value>{Value("13")})}}));
+    EXPECT_EQ(writes(kText), (Writes{{3, Value(QList<Value>{Value("x, y")})}}));
+    EXPECT_EQ(log->texts(),
+              (QStringList{"[CSET-0078] Error 9, Write refused; PID=1-000-0-00-11",
+                           "[CSET-0073] Cannot import setting. Attempt to change setting failed.  "
+                               + lines[0],
+                           kReadOnlyReason + "  " + lines[3]}));
     for (const LogLine &line : log->lines())
         EXPECT_EQ(line.severity, Severity::Error);
 
@@ -387,27 +372,6 @@ TEST_F(TransferTest, PreviewThenImport)
     EXPECT_EQ(log->lines(), (QList<LogLine>{{Severity::Error, errorText}}));
     EXPECT_EQ(all(counts), (Counts{2, 1}));
     EXPECT_EQ(writes(kNumber).size(), 2);
-}
-
-// Comments and blank lines are not counted; any line end will do; the file is Windows-1252
-// unless a byte order mark says UTF-8.
-TEST_F(TransferTest, FileFormsAllReadTheSame)
-{
-    const QString text = u"\u20AC \u201Equoted\u201C 5\u00B0"_s;
-    data->parameter(kText)->setCurrentValue(Value(text));
-    const QByteArray ansi = "\x80 \x84quoted\x93 5\xB0";
-    const QList<std::pair<QByteArray, Counts>> cases = {
-        {settingsFile({";SiteID=PLANT1", ";Time=2025-12-31 23:59:58",
-                       ";PID,UNIT,SETTING,VALUE,DEFAULT", "", "     ", "  ; indented comment",
-                       "1-234-5-67-89,ppm,SO2 span,13,10", ""}),
-         {1, 1}},
-        {";SiteID=PLANT1\r1-234-5-67-89,,,13\n\r1-000-0-00-01,,," + ansi + "\n", {2, 1, 1}},
-        {"\xEF\xBB\xBF;SiteID=PLANT1\r\n1-000-0-00-01,,Label," + text.toUtf8() + "\r\n", {1, 0, 1}},
-    };
-    for (const auto &[bytes, expected] : cases) {
-        ASSERT_TRUE(importBytes(bytes)) << errorText.toStdString();
-        EXPECT_EQ(all(counts), expected) << bytes.toStdString();
-    }
 }
 
 TEST_F(TransferTest, CancelKeepsWhatChangedAndTheCountsSoFar)

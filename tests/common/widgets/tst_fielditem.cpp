@@ -17,9 +17,8 @@ class TwoFields final : public FieldItem
 protected:
     QVariant *field(int column, int role) override
     {
-        if (column != 0) {
+        if (column != 0)
             return nullptr;
-        }
         return role == Qt::DisplayRole ? &m_text : role == KeyRole ? &m_key : nullptr;
     }
 
@@ -36,24 +35,19 @@ TEST(FieldItem, FieldsReadAndAnnounceLikeTheItemsOwnData)
     tree.addTopLevelItem(item);
     QSignalSpy changed(&tree, &QTreeWidget::itemChanged);
 
-    struct Case
-    {
-        int column;
-        int role;
-        QVariant value;
-    };
-    const QList<Case> cases{
+    // Column, role, value.
+    const std::tuple<int, int, QVariant> cases[] = {
         {0, Qt::DisplayRole, QStringLiteral("in a field")},
         {0, KeyRole, QStringLiteral("K1")},
         {0, Qt::ToolTipRole, QStringLiteral("in the item's list")},
         {1, Qt::DisplayRole, QStringLiteral("column 1, in the item's list")},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.value.toString().toStdString());
+    for (const auto &[column, role, value] : cases) {
+        SCOPED_TRACE(value.toString().toStdString());
         const qsizetype before = changed.count();
-        item->setData(c.column, c.role, c.value);
-        EXPECT_EQ(item->data(c.column, c.role), c.value);
-        EXPECT_EQ(tree.model()->index(0, c.column).data(c.role), c.value);
+        item->setData(column, role, value);
+        EXPECT_EQ(item->data(column, role), value);
+        EXPECT_EQ(tree.model()->index(0, column).data(role), value);
         EXPECT_GT(changed.count(), before) << "the view hears of the change";
     }
     EXPECT_EQ(item->text(0), QStringLiteral("in a field"));

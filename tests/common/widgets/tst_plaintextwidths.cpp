@@ -17,40 +17,34 @@ namespace {
 int measuredByTheView(const ReportList &list)
 {
     int widest = list.header()->sectionSizeHint(1);
-    for (int row = 0; row < list.rowCount(); ++row) {
+    for (int row = 0; row < list.rowCount(); ++row)
         widest = std::max(widest, list.sizeHintForIndex(list.model()->index(row, 1)).width());
-    }
     return widest;
 }
 
 TEST(PlainTextWidths, AutoSizedColumnsFitTheirWidestText)
 {
-    struct Case
-    {
-        const char *what;
-        QStringList texts;
-        bool icons = false; // column 1 cells with an image: the view measures by itself
-    };
-    const QList<Case> cases{
-        {"numbers", {"1", "22.5", "-0.001", "1234.75", "1E+20"}},
-        {"pairs the font may kern", {"AVAVAV", "To Yo", "WAVE", "LT.", "r,"}},
-        {"text the sums cannot weigh", {"Grüße", "温度计", "x"}},
-        {"one much longer", {"short", "a considerably longer value text", "mid length"}},
-        {"empty cells", {"", "", "7"}},
-        {"header wider than every text", {"1", "2"}},
+    // What, column 1's texts, and whether its cells have an image (the view then measures by
+    // itself).
+    const std::tuple<const char *, QStringList, bool> cases[] = {
+        {"numbers", {"1", "22.5", "-0.001", "1234.75", "1E+20"}, false},
+        {"pairs the font may kern", {"AVAVAV", "To Yo", "WAVE", "LT.", "r,"}, false},
+        {"text the sums cannot weigh", {"Grüße", "温度计", "x"}, false},
+        {"one much longer", {"short", "a considerably longer value text", "mid length"}, false},
+        {"empty cells", {"", "", "7"}, false},
+        {"header wider than every text", {"1", "2"}, false},
         {"with images", {"12.5", "a longer text"}, true},
     };
     const QIcon icon(QPixmap(16, 16));
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto &[what, texts, icons] : cases) {
+        SCOPED_TRACE(what);
         ReportList list;
         list.setColumns({"Name", "Value here", "Rest"});
-        for (const QString &text : c.texts) {
+        for (const QString &text : texts) {
             QTreeWidgetItem *row = list.addRow({}, QStringLiteral("name"), {});
             row->setText(1, text);
-            if (c.icons) {
+            if (icons)
                 row->setIcon(1, icon);
-            }
         }
         list.autoSizeColumn(1);
         EXPECT_EQ(list.columnWidth(1), measuredByTheView(list));

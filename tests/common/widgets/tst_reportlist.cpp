@@ -49,14 +49,9 @@ TEST(ReportList, RowsCarryKeyTagIconAndSubItems)
 TEST(ReportList, OnlyTheUserSelectingEmitsRowClicked)
 {
     ReportList list;
-    list.setColumns({"Name", "A rather long header text"});
+    list.setColumns({"Name", "Value"});
     QTreeWidgetItem *a = list.addRow("K1", "a", {});
     QTreeWidgetItem *b = list.addRow("K2", "b", {});
-    // An auto-sized column still shows its whole header.
-    list.autoSizeColumn(1);
-    EXPECT_GE(list.columnWidth(1),
-              list.fontMetrics().horizontalAdvance("A rather long header text"));
-
     QSignalSpy clicked(&list, &ReportList::rowClicked);
     QSignalSpy activated(&list, &ReportList::rowActivated);
     list.selectRow(a);
