@@ -79,17 +79,17 @@ const Monitor &monitor(int system)
 {
     static const QList<Monitor> all{
         {kSO2, QStringLiteral("SO2"), QStringLiteral("SO2 Monitor"), QStringLiteral("ppm"), 500,
-         1000, 1, QStringLiteral("Thermo 43iQ")},
+         1000, 1, QStringLiteral("UV fluorescence UVF-10")},
         {kNOx, QStringLiteral("NOx"), QStringLiteral("NOx Monitor"), QStringLiteral("ppm"), 250,
-         500, 2, QStringLiteral("Thermo 42iQ")},
+         500, 2, QStringLiteral("Chemiluminescence CL-20")},
         {kCO2, QStringLiteral("CO2"), QStringLiteral("CO2 Monitor"), QStringLiteral("%"), 20, 25, 3,
-         QStringLiteral("Siemens Ultramat 23")},
+         QStringLiteral("NDIR IR-30")},
         {kO2, QStringLiteral("O2"), QStringLiteral("O2 Monitor"), QStringLiteral("%"), 25, 25, 4,
-         QStringLiteral("Servomex 4900")},
+         QStringLiteral("Paramagnetic PM-40")},
         {kCO, QStringLiteral("CO"), QStringLiteral("CO Monitor"), QStringLiteral("ppm"), 1000, 2000,
-         5, QStringLiteral("Thermo 48iQ")},
+         5, QStringLiteral("Gas filter correlation GFC-50")},
         {kFlow, QStringLiteral("Stack Flow"), QStringLiteral("Stack Flow"), QStringLiteral("scfh"),
-         4500000, 6000000, 10, QStringLiteral("Teledyne 150 ultrasonic")},
+         4500000, 6000000, 10, QStringLiteral("Ultrasonic US-60")},
     };
     for (const Monitor &m : all) {
         if (m.system == system) {
