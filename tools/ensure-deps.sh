@@ -4,7 +4,7 @@
 set -euo pipefail
 
 build=(cmake ninja-build g++ pkg-config ccache qt6-base-dev libqt6sql6-sqlite libqt6sql6-psql
-       qt6-svg-dev libxml2-dev libboost-dev libgtest-dev libgmock-dev fonts-dejavu-core)
+       qt6-svg-dev libxml2-dev libsqlite3-dev libboost-dev libgtest-dev libgmock-dev fonts-dejavu-core)
 declare -a want=("${build[@]}")
 for group in "$@"; do
     case "$group" in

@@ -191,6 +191,14 @@ public:
     virtual QString GetSiteId() const = 0;
     // All parameters of the given types, in the data interface's order.
     virtual ParameterList GetPidsOfTypes(const QList<int> &types) = 0;
+    // The same for a caller that is going to read the attributes numbered `attributes` of
+    // every parameter in the list: a data interface over a database may read them together
+    // with the list instead of on first use. The objects behave as those of GetPidsOfTypes.
+    virtual ParameterList GetPidsOfTypesWith(const QList<int> &types, const QList<int> &attributes)
+    {
+        Q_UNUSED(attributes);
+        return GetPidsOfTypes(types);
+    }
     virtual std::shared_ptr<PidDirectory> GetPidDirectory() = 0;
     virtual std::shared_ptr<UnitsLookup> GetUnitsLookup() = 0;
     virtual std::shared_ptr<User> GetUser() = 0;

@@ -6,12 +6,19 @@
 #include <QList>
 #include <QSet>
 
+#include <map>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace olvex {
 
+class AttributeBatch;
+
 // The definitions a data interface has read, shared by all the parameter objects it hands out.
-// All parameters of a type come in one batch the first time that type is asked for; a single
+// All parameters of a type come in one batch the first time that type is asked for: with all
+// their attributes (ofTypes), or with those a caller named, the others then one number at a
+// time for the whole batch as they are first asked for (adoptTypes, see AttributeBatch); a single
 // PID missing from the cache costs one query for its whole definition, and so does a list. The
 // cache trusts itself until the site's definition revision moves (another program changed a
 // definition); the data interface checks that at the start of each list fill (GetPidsOfTypes,
@@ -33,6 +40,15 @@ public:
 
     // Definitions of every parameter of the types, ascending by PID.
     QList<Record> ofTypes(const QList<int> &types);
+    using AttributeColumns = std::map<int, std::vector<std::optional<Value>>>;
+    // The types of the list not cached yet.
+    QList<int> missingTypes(const QList<int> &types) const;
+    // ofTypes() over definitions the caller read itself (SiteStore::readList) for all the
+    // missing types, with the attributes read along.
+    QList<Record> adoptTypes(const QList<int> &types, QList<ParameterRecord> loaded,
+                             AttributeColumns columns);
+    // Reads the attributes of the numbers for every cached list of the types not holding them.
+    void loadAttributes(const QList<int> &types, const QList<int> &numbers);
     // The definition of pid; null when the PID has none.
     Record find(qint32 pid);
     // find() of each PID, in order; the ones not cached yet come in one batch.
@@ -48,14 +64,22 @@ public:
 
 private:
     void clear();
+    // With columns, the records' other attributes are read on first use (AttributeBatch);
+    // without, the records hold all of them.
+    void insertTypes(const QList<int> &types, QList<ParameterRecord> loaded,
+                     std::optional<AttributeColumns> columns);
 
     std::shared_ptr<SiteStore> m_store;
     QHash<qint32, Record> m_records;           // a null record: known to have no definition
     QHash<int, QList<Record>> m_recordsByType; // of the loaded types, ascending by PID
     QSet<int> m_loadedTypes;
+    QHash<int, std::shared_ptr<AttributeBatch>> m_batchByType; // of the loaded types
     qint64 m_revision = -1;
     bool m_alternativeState = false;
     quint64 m_generation = 0;
+    // Where find() found a record last, in its type's list.
+    int m_hintType = 0;
+    qsizetype m_hintIndex = -1;
 };
 
 } // namespace olvex

@@ -4,6 +4,7 @@
 
 #include "common/error.h"
 #include "common/pid.h"
+#include "host/rowreader.h"
 #include "host/settingvalue.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
@@ -34,14 +35,32 @@ QString typeList(const QList<int> &types)
     throw Error(StoreError::UnknownPid, u"PID " + shown + u" is not defined");
 }
 
-void readLiveRow(const QSqlQuery &query, int first, LiveState &state)
+void readLiveRow(const RowReader &rows, int first, LiveState &state, DateTimeTexts &times)
 {
-    const QVariant kind = query.value(first);
-    if (!kind.isNull()) {
-        state.current.Value = decodeValue(kind.toInt(), query.value(first + 1).toString());
-        state.current.Status = query.value(first + 2).toInt();
-        state.current.Time = dateTimeFromText(query.value(first + 3).toString());
+    if (!rows.isNull(first)) {
+        state.current.Value = decodeValue(int(rows.integer(first)), rows.utf8(first + 1), times);
+        state.current.Status = int(rows.integer(first + 2));
+        state.current.Time = times.fromUtf8(rows.utf8(first + 3));
     }
+}
+
+// The columns every definition query begins with, read into record (attributes apart).
+const QString kHeadColumns
+    = QStringLiteral("p.pid, p.name, p.ptype, p.plant_unit, u.name, p.units_text, p.in_error");
+struct HeadTexts
+{
+    RowReader::Repeated unitName;
+    RowReader::Repeated unitsText;
+};
+void readHead(const RowReader &rows, ParameterRecord &record, HeadTexts &texts)
+{
+    record.pid = qint32(rows.integer(0));
+    record.name = rows.text(1);
+    record.type = int(rows.integer(2));
+    record.plantUnit = int(rows.integer(3));
+    record.unitName = rows.text(4, texts.unitName);
+    record.unitsText = rows.text(5, texts.unitsText);
+    record.inError = rows.integer(6) != 0;
 }
 
 void bindValue(QSqlQuery &query, const Value &value)
@@ -84,12 +103,11 @@ void forPidList(SqlConnection &sql, const QString &statement, const QList<qint32
     text.replace(QStringLiteral("%PIDS%"),
                  sqlite ? QStringLiteral("(SELECT value AS pid FROM json_each(?))")
                         : QStringLiteral("(SELECT unnest(CAST(? AS integer[])) AS pid)"));
-    QSqlQuery &query = sql.prepared(text);
-    QueryScope scope(query);
-    query.addBindValue(QString::fromLatin1(list));
-    sql.exec(query);
-    while (query.next()) {
-        onRow(query);
+    RowReader rows(sql, text);
+    rows.bind(QString::fromLatin1(list));
+    rows.exec();
+    while (rows.next()) {
+        onRow(rows);
     }
 }
 
@@ -97,38 +115,28 @@ void forPidList(SqlConnection &sql, const QString &statement, const QList<qint32
 
 QList<ParameterRecord> SiteStore::parametersOfTypes(const QList<int> &types)
 {
-    const QString in = typeList(types);
     QList<ParameterRecord> records;
     Transaction transaction(*m_sql, SqlConnection::TransactionKind::Read);
     {
-        QSqlQuery &query = m_sql->prepared(
-            u"SELECT p.pid, p.name, p.ptype, p.plant_unit, u.name, p.units_text, p.in_error"
-            u" FROM parameters p LEFT JOIN plant_units u ON u.unit_number = p.plant_unit"
-            u" WHERE p.ptype IN "
-            + in + u" ORDER BY p.pid");
-        QueryScope scope(query);
-        m_sql->exec(query);
-        while (query.next()) {
-            ParameterRecord &record = records.emplace_back();
-            record.pid = query.value(0).toInt();
-            record.name = query.value(1).toString();
-            record.type = query.value(2).toInt();
-            record.plantUnit = query.value(3).toInt();
-            record.unitName = query.value(4).toString();
-            record.unitsText = query.value(5).toString();
-            record.inError = query.value(6).toInt() != 0;
+        RowReader rows(*m_sql, u"SELECT " + kHeadColumns
+                                   + u" FROM parameters p LEFT JOIN plant_units u"
+                                     u" ON u.unit_number = p.plant_unit WHERE p.ptype IN "
+                                   + typeList(types) + u" ORDER BY p.pid");
+        rows.exec();
+        HeadTexts texts;
+        while (rows.next()) {
+            readHead(rows, records.emplace_back(), texts);
         }
     }
     {
-        QSqlQuery &query
-            = m_sql->prepared(u"SELECT a.pid, a.number, a.vkind, a.val FROM attributes a"
-                              u" JOIN parameters p ON p.pid = a.pid WHERE p.ptype IN "
-                              + in + u" ORDER BY a.pid, a.number");
-        QueryScope scope(query);
-        m_sql->exec(query);
+        RowReader rows(*m_sql, u"SELECT a.pid, a.number, a.vkind, a.val FROM attributes a"
+                               u" JOIN parameters p ON p.pid = a.pid WHERE p.ptype IN "
+                                   + typeList(types) + u" ORDER BY a.pid, a.number");
+        rows.exec();
+        DateTimeTexts times;
         qsizetype at = 0;
-        while (query.next()) {
-            const qint32 pid = query.value(0).toInt();
+        while (rows.next()) {
+            const qint32 pid = qint32(rows.integer(0));
             while (at < records.size() && records[at].pid < pid) {
                 ++at;
             }
@@ -136,40 +144,147 @@ QList<ParameterRecord> SiteStore::parametersOfTypes(const QList<int> &types)
                 continue; // a parameter added between the two queries
             }
             records[at].attributes.emplace_back(
-                query.value(1).toInt(),
-                decodeValue(query.value(2).toInt(), query.value(3).toString()));
+                int(rows.integer(1)), decodeValue(int(rows.integer(2)), rows.utf8(3), times));
         }
     }
     transaction.commit();
     return records;
 }
 
+QList<SiteStore::AttributeRow> SiteStore::attributesOfTypes(const QList<int> &types,
+                                                            const QList<int> &numbers)
+{
+    QList<AttributeRow> found;
+    if (numbers.isEmpty()) {
+        return found;
+    }
+    // The parameters drive the join through their type index, each looked up in the
+    // attributes' primary key: a few lookups per parameter instead of a pass over every
+    // attribute of the site.
+    RowReader rows(*m_sql, u"SELECT a.pid, a.number, a.vkind, a.val FROM parameters p"
+                           u" CROSS JOIN attributes a WHERE a.pid = p.pid AND p.ptype IN "
+                               + typeList(types) + u" AND a.number IN " + typeList(numbers));
+    rows.exec();
+    DateTimeTexts times;
+    while (rows.next()) {
+        AttributeRow &row = found.emplace_back();
+        row.pid = qint32(rows.integer(0));
+        row.number = int(rows.integer(1));
+        row.value = decodeValue(int(rows.integer(2)), rows.utf8(3), times);
+    }
+    return found;
+}
+
+SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int> &numbers)
+{
+    QList<int> wanted;
+    for (const int number : numbers) {
+        if (!wanted.contains(number)) {
+            wanted.append(number);
+        }
+    }
+    // One row per parameter: its current value and each attribute asked for are one lookup
+    // by primary key each.
+    // The plant units' names come apart (a site has a handful): no lookup per parameter, and
+    // each name is shared by its parameters.
+    QString columns = QStringLiteral("p.pid, p.name, p.ptype, p.plant_unit, NULL, p.units_text,"
+                                     " p.in_error, c.vkind, c.val, c.status, c.time");
+    QString joins
+        = QStringLiteral(" FROM parameters p LEFT JOIN current_values c ON c.pid = p.pid");
+    for (qsizetype i = 0; i < wanted.size(); ++i) {
+        const QString alias = u"a" + QString::number(i);
+        columns += u", " + alias + u".vkind, " + alias + u".val";
+        joins += u" LEFT JOIN attributes " + alias + u" ON " + alias + u".pid = p.pid AND " + alias
+                 + u".number = " + QString::number(wanted[i]);
+    }
+    ListRead read;
+    Transaction transaction(*m_sql, SqlConnection::TransactionKind::Read);
+    QHash<int, QString> unitNames;
+    qsizetype expected = 0;
+    {
+        RowReader rows(*m_sql, QStringLiteral("SELECT unit_number, name FROM plant_units"));
+        rows.exec();
+        while (rows.next()) {
+            unitNames.insert(int(rows.integer(0)), rows.text(1));
+        }
+    }
+    {
+        RowReader rows(*m_sql,
+                       u"SELECT count(*) FROM parameters WHERE ptype IN " + typeList(types));
+        rows.exec();
+        expected = rows.next() ? qsizetype(rows.integer(0)) : 0;
+    }
+    {
+        RowReader rows(*m_sql, u"SELECT " + columns + joins + u" WHERE p.ptype IN "
+                                   + typeList(types) + u" ORDER BY p.pid");
+        rows.exec();
+        HeadTexts texts;
+        DateTimeTexts times;
+        read.records.reserve(expected);
+        read.live.reserve(expected);
+        std::vector<std::vector<std::optional<Value>> *> byColumn;
+        for (const int number : std::as_const(wanted)) {
+            byColumn.push_back(&read.columns[number]);
+            byColumn.back()->reserve(size_t(expected));
+        }
+        constexpr int kFirstAttribute = 11;
+        while (rows.next()) {
+            ParameterRecord &record = read.records.emplace_back();
+            readHead(rows, record, texts);
+            if (!rows.isNull(3)) {
+                record.unitName = unitNames.value(record.plantUnit);
+            }
+            readLiveRow(rows, 7, read.live.emplace_back(), times);
+            for (size_t i = 0; i < byColumn.size(); ++i) {
+                const int at = kFirstAttribute + 2 * int(i);
+                if (rows.isNull(at)) {
+                    byColumn[i]->emplace_back();
+                } else {
+                    byColumn[i]->emplace_back(
+                        decodeValue(int(rows.integer(at)), rows.utf8(at + 1), times));
+                }
+            }
+        }
+    }
+    {
+        QSqlQuery &query = m_sql->prepared(
+            u"SELECT DISTINCT w.pid FROM pending_writes w CROSS JOIN parameters p"
+            u" WHERE p.pid = w.pid AND w.state IN ('queued', 'claimed') AND p.ptype IN "
+            + typeList(types));
+        QueryScope scope(query);
+        m_sql->exec(query);
+        while (query.next()) {
+            const qint32 pid = query.value(0).toInt();
+            const auto at = std::lower_bound(
+                read.records.cbegin(), read.records.cend(), pid,
+                [](const ParameterRecord &record, qint32 p) { return record.pid < p; });
+            if (at != read.records.cend() && at->pid == pid) {
+                read.live[at - read.records.cbegin()].changePending = true;
+            }
+        }
+    }
+    transaction.commit();
+    return read;
+}
+
 std::optional<ParameterRecord> SiteStore::parameter(qint32 pid)
 {
-    QSqlQuery &query = m_sql->prepared(QStringLiteral(
-        "SELECT p.name, p.ptype, p.plant_unit, u.name, p.units_text, p.in_error,"
-        " a.number, a.vkind, a.val FROM parameters p"
-        " LEFT JOIN plant_units u ON u.unit_number = p.plant_unit"
-        " LEFT JOIN attributes a ON a.pid = p.pid WHERE p.pid = ? ORDER BY a.number"));
-    QueryScope scope(query);
-    query.addBindValue(pid);
-    m_sql->exec(query);
+    RowReader rows(*m_sql, u"SELECT " + kHeadColumns
+                               + u", a.number, a.vkind, a.val FROM parameters p"
+                                 u" LEFT JOIN plant_units u ON u.unit_number = p.plant_unit"
+                                 u" LEFT JOIN attributes a ON a.pid = p.pid WHERE p.pid = ?"
+                                 u" ORDER BY a.number");
+    rows.bind(pid);
+    rows.exec();
     std::optional<ParameterRecord> record;
-    while (query.next()) {
+    HeadTexts texts;
+    while (rows.next()) {
         if (!record) {
-            record.emplace();
-            record->pid = pid;
-            record->name = query.value(0).toString();
-            record->type = query.value(1).toInt();
-            record->plantUnit = query.value(2).toInt();
-            record->unitName = query.value(3).toString();
-            record->unitsText = query.value(4).toString();
-            record->inError = query.value(5).toInt() != 0;
+            readHead(rows, record.emplace(), texts);
         }
-        if (!query.value(6).isNull()) {
-            record->attributes.emplace_back(
-                query.value(6).toInt(),
-                decodeValue(query.value(7).toInt(), query.value(8).toString()));
+        if (!rows.isNull(7)) {
+            record->attributes.emplace_back(int(rows.integer(7)),
+                                            decodeValue(int(rows.integer(8)), rows.text(9)));
         }
     }
     return record;
@@ -178,29 +293,23 @@ std::optional<ParameterRecord> SiteStore::parameter(qint32 pid)
 QList<ParameterRecord> SiteStore::parameters(const QList<qint32> &pids)
 {
     QList<ParameterRecord> records;
+    DateTimeTexts times;
+    HeadTexts texts;
     forPidList(*m_sql,
-               QStringLiteral(
-                   "SELECT p.pid, p.name, p.ptype, p.plant_unit, u.name, p.units_text, p.in_error,"
-                   " a.number, a.vkind, a.val FROM parameters p"
-                   " LEFT JOIN plant_units u ON u.unit_number = p.plant_unit"
-                   " LEFT JOIN attributes a ON a.pid = p.pid WHERE p.pid %IN_PIDS%"
-                   " ORDER BY p.pid, a.number"),
-               pids, [&](const QSqlQuery &query) {
-                   const qint32 pid = query.value(0).toInt();
+               u"SELECT " + kHeadColumns
+                   + u", a.number, a.vkind, a.val FROM parameters p"
+                     u" LEFT JOIN plant_units u ON u.unit_number = p.plant_unit"
+                     u" LEFT JOIN attributes a ON a.pid = p.pid WHERE p.pid %IN_PIDS%"
+                     u" ORDER BY p.pid, a.number",
+               pids, [&](const RowReader &rows) {
+                   const qint32 pid = qint32(rows.integer(0));
                    if (records.isEmpty() || records.last().pid != pid) {
-                       ParameterRecord &record = records.emplace_back();
-                       record.pid = pid;
-                       record.name = query.value(1).toString();
-                       record.type = query.value(2).toInt();
-                       record.plantUnit = query.value(3).toInt();
-                       record.unitName = query.value(4).toString();
-                       record.unitsText = query.value(5).toString();
-                       record.inError = query.value(6).toInt() != 0;
+                       readHead(rows, records.emplace_back(), texts);
                    }
-                   if (!query.value(7).isNull()) {
+                   if (!rows.isNull(7)) {
                        records.last().attributes.emplace_back(
-                           query.value(7).toInt(),
-                           decodeValue(query.value(8).toInt(), query.value(9).toString()));
+                           int(rows.integer(7)),
+                           decodeValue(int(rows.integer(8)), rows.utf8(9), times));
                    }
                });
     return records;
@@ -215,22 +324,25 @@ bool SiteStore::parameterExists(qint32 pid)
     return query.next();
 }
 
-QHash<qint32, LiveState> SiteStore::liveStatesOfTypes(const QList<int> &types)
+QList<std::pair<qint32, LiveState>> SiteStore::liveStatesOfTypes(const QList<int> &types)
 {
     const QString in = typeList(types);
-    QHash<qint32, LiveState> states;
+    QList<std::pair<qint32, LiveState>> states;
     Transaction transaction(*m_sql, SqlConnection::TransactionKind::Read);
     {
-        QSqlQuery &query = m_sql->prepared(
-            u"SELECT c.pid, c.vkind, c.val, c.status, c.time FROM current_values c"
-            u" JOIN parameters p ON p.pid = c.pid WHERE p.ptype IN "
-            + in);
-        QueryScope scope(query);
-        m_sql->exec(query);
-        while (query.next()) {
-            readLiveRow(query, 1, states[query.value(0).toInt()]);
+        // The type index gives the parameters in PID order (for one type; more are sorted).
+        RowReader rows(*m_sql, u"SELECT c.pid, c.vkind, c.val, c.status, c.time FROM parameters p"
+                               u" CROSS JOIN current_values c WHERE c.pid = p.pid AND p.ptype IN "
+                                   + in + u" ORDER BY p.pid");
+        rows.exec();
+        DateTimeTexts times;
+        while (rows.next()) {
+            auto &[pid, state] = states.emplace_back();
+            pid = qint32(rows.integer(0));
+            readLiveRow(rows, 1, state, times);
         }
     }
+    QList<qint32> waiting;
     {
         // Few writes wait at a time: the queue, through its state index, drives the join (SQLite
         // keeps the order of a CROSS JOIN) instead of a look into it for every parameter.
@@ -241,10 +353,22 @@ QHash<qint32, LiveState> SiteStore::liveStatesOfTypes(const QList<int> &types)
         QueryScope scope(query);
         m_sql->exec(query);
         while (query.next()) {
-            states[query.value(0).toInt()].changePending = true;
+            waiting.append(query.value(0).toInt());
         }
     }
     transaction.commit();
+    if (!waiting.isEmpty()) {
+        const auto byPid = [](const std::pair<qint32, LiveState> &entry, qint32 pid) {
+            return entry.first < pid;
+        };
+        for (const qint32 pid : std::as_const(waiting)) {
+            auto at = std::lower_bound(states.begin(), states.end(), pid, byPid);
+            if (at == states.end() || at->first != pid) {
+                at = states.insert(at, {pid, LiveState{}}); // no current value yet
+            }
+            at->second.changePending = true;
+        }
+    }
     return states;
 }
 
@@ -256,11 +380,12 @@ QHash<qint32, LiveState> SiteStore::liveStates(const QList<qint32> &pids)
     }
     states.reserve(pids.size());
     Transaction transaction(*m_sql, SqlConnection::TransactionKind::Read);
+    DateTimeTexts times;
     forPidList(*m_sql,
                QStringLiteral("SELECT c.pid, c.vkind, c.val, c.status, c.time FROM %PIDS% j"
                               " JOIN current_values c ON c.pid = j.pid"),
-               pids, [&](const QSqlQuery &query) {
-                   readLiveRow(query, 1, states[query.value(0).toInt()]);
+               pids, [&](const RowReader &rows) {
+                   readLiveRow(rows, 1, states[qint32(rows.integer(0))], times);
                });
     // Few writes wait at a time: the waiting ones, found through the queue's state index, cost
     // less than a look into the queue for every PID.
@@ -288,18 +413,19 @@ QHash<qint32, LiveState> SiteStore::liveStates(const QList<qint32> &pids)
 
 LiveState SiteStore::liveState(qint32 pid)
 {
-    QSqlQuery &query = m_sql->prepared(QStringLiteral(
-        "SELECT c.vkind, c.val, c.status, c.time,"
-        " (SELECT count(*) FROM pending_writes w"
-        "  WHERE w.pid = p.pid AND w.state IN ('queued', 'claimed'))"
-        " FROM parameters p LEFT JOIN current_values c ON c.pid = p.pid WHERE p.pid = ?"));
-    QueryScope scope(query);
-    query.addBindValue(pid);
-    m_sql->exec(query);
+    RowReader rows(*m_sql,
+                   QStringLiteral("SELECT c.vkind, c.val, c.status, c.time,"
+                                  " (SELECT count(*) FROM pending_writes w"
+                                  "  WHERE w.pid = p.pid AND w.state IN ('queued', 'claimed'))"
+                                  " FROM parameters p LEFT JOIN current_values c ON c.pid = p.pid"
+                                  " WHERE p.pid = ?"));
+    rows.bind(pid);
+    rows.exec();
     LiveState state;
-    if (query.next()) {
-        readLiveRow(query, 0, state);
-        state.changePending = query.value(4).toInt() > 0;
+    if (rows.next()) {
+        DateTimeTexts times;
+        readLiveRow(rows, 0, state, times);
+        state.changePending = rows.integer(4) > 0;
     }
     return state;
 }

@@ -81,16 +81,49 @@ QString SiteDataInterface::GetSiteId() const
 
 ParameterList SiteDataInterface::GetPidsOfTypes(const QList<int> &types)
 {
-    m_context->cache.revalidate();
-    const QList<DefinitionCache::Record> records = m_context->cache.ofTypes(types);
-    QHash<qint32, LiveState> live = m_context->store->liveStatesOfTypes(types);
+    return GetPidsOfTypesWith(types, {});
+}
+
+ParameterList SiteDataInterface::GetPidsOfTypesWith(const QList<int> &types,
+                                                    const QList<int> &attributes)
+{
+    DefinitionCache &cache = m_context->cache;
+    cache.revalidate();
+    QList<DefinitionCache::Record> records;
+    QList<std::pair<qint32, LiveState>> states; // ascending by PID
+    // Without attributes named, the list comes with all of them, so that reading its objects
+    // costs no further query.
+    if (!attributes.isEmpty() && !types.isEmpty()
+        && cache.missingTypes(types).size() == types.size()) {
+        // Nothing of the list cached yet: definitions, attributes and live states in one go.
+        SiteStore::ListRead read = m_context->store->readList(types, attributes);
+        states.reserve(read.records.size());
+        for (qsizetype i = 0; i < read.records.size(); ++i) {
+            states.append({read.records[i].pid, std::move(read.live[i])});
+        }
+        records = cache.adoptTypes(types, std::move(read.records), std::move(read.columns));
+    } else {
+        records = cache.ofTypes(types);
+        cache.loadAttributes(types, attributes);
+        states = m_context->store->liveStatesOfTypes(types);
+    }
+    // Both ascending by PID: one walk pairs them.
+    QList<LiveState> live(records.size());
+    auto state = states.begin();
+    for (qsizetype i = 0; i < records.size(); ++i) {
+        while (state != states.end() && state->first < records[i]->pid) {
+            ++state;
+        }
+        if (state != states.end() && state->first == records[i]->pid) {
+            live[i] = std::move(state->second);
+        }
+    }
     const auto readAt = std::chrono::steady_clock::now();
     ParameterList parameters;
     parameters.reserve(records.size());
-    for (const DefinitionCache::Record &record : records) {
-        auto it = live.find(record->pid);
-        parameters.append(std::make_shared<SiteParameter>(
-            m_context, record, it != live.end() ? std::move(*it) : LiveState{}, readAt));
+    for (qsizetype i = 0; i < records.size(); ++i) {
+        parameters.append(
+            std::make_shared<SiteParameter>(m_context, records[i], std::move(live[i]), readAt));
     }
     return parameters;
 }

@@ -1,6 +1,7 @@
 #include "host/sitestore.h"
 
 #include "common/error.h"
+#include "host/attributebatch.h"
 #include "host/schema.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
@@ -128,7 +129,10 @@ const Value *ParameterRecord::attribute(int number) const
 {
     auto it = std::lower_bound(attributes.cbegin(), attributes.cend(), number,
                                [](const auto &entry, int n) { return entry.first < n; });
-    return it != attributes.cend() && it->first == number ? &it->second : nullptr;
+    if (it != attributes.cend() && it->first == number) {
+        return &it->second;
+    }
+    return batch ? batch->attribute(batchIndex, number) : nullptr;
 }
 
 void ParameterRecord::setAttribute(int number, const Value &value)

@@ -11,10 +11,14 @@
 #include <QString>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace olvex {
+
+class AttributeBatch;
 
 // The site as a whole.
 struct SiteInfo
@@ -43,10 +47,15 @@ struct ParameterRecord
     QString unitName;  // the plant unit's name
     QString unitsText; // engineering units ("ppm")
     bool inError = false;
-    // Ascending by attribute number.
+    // Ascending by attribute number. A record read with a whole list (batch set) holds here
+    // only the attributes written since; the others come from the batch, which reads each
+    // attribute number for all its records the first time any of them is asked for it.
     QList<std::pair<int, Value>> attributes;
+    std::shared_ptr<AttributeBatch> batch;
+    qsizetype batchIndex = -1; // this record's place in the batch
 
-    // Null when the attribute is unset.
+    // Null when the attribute is unset. May read the batch's attribute (and throw olvex::Error
+    // when that read fails).
     const Value *attribute(int number) const;
     void setAttribute(int number, const Value &value);
 };
@@ -127,13 +136,33 @@ public:
 
     // Definitions, batched: all parameters of the types, ascending by PID, with every attribute.
     QList<ParameterRecord> parametersOfTypes(const QList<int> &types);
+    // The attributes of the numbers of all parameters of the types, in one query; in no
+    // particular order.
+    struct AttributeRow
+    {
+        qint32 pid = 0;
+        int number = 0;
+        Value value;
+    };
+    QList<AttributeRow> attributesOfTypes(const QList<int> &types, const QList<int> &numbers);
+    // The first read of a list, in one query: the definitions of all parameters of the types
+    // (attributes apart) ascending by PID, the attributes of the numbers, and the live states.
+    struct ListRead
+    {
+        QList<ParameterRecord> records;
+        // By attribute number, each parallel to records; an unset attribute is nullopt.
+        std::map<int, std::vector<std::optional<Value>>> columns;
+        QList<LiveState> live; // parallel to records
+    };
+    ListRead readList(const QList<int> &types, const QList<int> &numbers);
     std::optional<ParameterRecord> parameter(qint32 pid);
     // The definitions of the PIDs that have one, ascending by PID, each once; one query
     // whatever the list's length.
     QList<ParameterRecord> parameters(const QList<qint32> &pids);
     bool parameterExists(qint32 pid);
-    // Live states of all parameters of the types (one query, plus one for pending writes).
-    QHash<qint32, LiveState> liveStatesOfTypes(const QList<int> &types);
+    // Live states of all parameters of the types (one query, plus one for pending writes),
+    // ascending by PID; a PID with neither a current value nor a pending write is left out.
+    QList<std::pair<qint32, LiveState>> liveStatesOfTypes(const QList<int> &types);
     LiveState liveState(qint32 pid);
     // Live states of the PIDs (one query, plus one for pending writes); a PID with neither a
     // current value nor a pending write is left out.

@@ -8,6 +8,10 @@
 #include <QSqlDriver>
 #include <QSqlError>
 
+#ifdef OLVEX_HAVE_SQLITE3
+#include <sqlite3.h>
+#endif
+
 namespace olvex {
 
 namespace {
@@ -89,6 +93,12 @@ SqlConnection::~SqlConnection()
         rollback();
     }
     m_statements.clear();
+#ifdef OLVEX_HAVE_SQLITE3
+    for (auto &[sql, statement] : m_sqliteStatements) {
+        sqlite3_finalize(statement);
+    }
+#endif
+    m_sqliteStatements.clear();
     m_db.close();
     m_db = QSqlDatabase();
     QSqlDatabase::removeDatabase(m_name);
@@ -107,6 +117,63 @@ QSqlQuery &SqlConnection::prepared(const QString &sql)
         fail(*query, QStringLiteral("prepare"));
     }
     return *m_statements.emplace(sql, std::move(query)).first->second;
+}
+
+sqlite3_stmt *SqlConnection::sqliteStatement(const QString &sql)
+{
+#ifdef OLVEX_HAVE_SQLITE3
+    if (!isSqlite()) {
+        return nullptr;
+    }
+    if (!m_sqliteHandleChecked) {
+        m_sqliteHandleChecked = true;
+        const QVariant handle = m_db.driver() ? m_db.driver()->handle() : QVariant();
+        // Only a driver built on the very library this program links hands out a handle of
+        // this type name; anything else keeps to QSqlQuery.
+        if (handle.isValid() && qstrcmp(handle.typeName(), "sqlite3*") == 0
+            && sqlite3_libversion_number() == SQLITE_VERSION_NUMBER) {
+            m_sqliteHandle = *static_cast<sqlite3 *const *>(handle.constData());
+        }
+    }
+    if (!m_sqliteHandle) {
+        return nullptr;
+    }
+    auto it = m_sqliteStatements.find(sql);
+    if (it != m_sqliteStatements.end()) {
+        sqlite3_reset(it->second);
+        sqlite3_clear_bindings(it->second);
+        return it->second;
+    }
+    auto *db = static_cast<sqlite3 *>(m_sqliteHandle);
+    sqlite3_stmt *statement = nullptr;
+    const QByteArray text = sql.toUtf8();
+    if (sqlite3_prepare_v3(db, text.constData(), int(text.size()), SQLITE_PREPARE_PERSISTENT,
+                           &statement, nullptr)
+        != SQLITE_OK) {
+        sqlite3_finalize(statement);
+        failSqlite(sql, QStringLiteral("prepare"));
+    }
+    return m_sqliteStatements.emplace(sql, statement).first->second;
+#else
+    Q_UNUSED(sql);
+    return nullptr;
+#endif
+}
+
+void SqlConnection::failSqlite(const QString &sql, const QString &what) const
+{
+    QString statement = sql.simplified();
+    if (statement.size() > 80) {
+        statement = statement.left(77) + u"...";
+    }
+    QString why = QStringLiteral("unknown database error");
+#ifdef OLVEX_HAVE_SQLITE3
+    if (m_sqliteHandle) {
+        why = firstLine(QString::fromUtf8(sqlite3_errmsg(static_cast<sqlite3 *>(m_sqliteHandle))));
+    }
+#endif
+    throw Error(StoreError::SqlFailed,
+                u"site store: cannot " + what + u" \"" + statement + u"\": " + why);
 }
 
 QSqlQuery SqlConnection::prepare(const QString &sql)
@@ -181,9 +248,7 @@ void SqlConnection::commit()
         throw Error(StoreError::SqlFailed,
                     QStringLiteral("the transaction was rolled back after an inner failure"));
     }
-    for (auto &[sql, query] : m_statements) {
-        query->finish();
-    }
+    finishAll();
     try {
         execute(QStringLiteral("COMMIT"));
     } catch (...) {
@@ -203,12 +268,22 @@ void SqlConnection::rollback() noexcept
         m_rollbackOnly = true;
         return;
     }
-    for (auto &[sql, query] : m_statements) {
-        query->finish();
-    }
+    finishAll();
     QSqlQuery query(m_db);
     query.exec(QStringLiteral("ROLLBACK"));
     m_rollbackOnly = false;
+}
+
+void SqlConnection::finishAll() noexcept
+{
+    for (auto &[sql, query] : m_statements) {
+        query->finish();
+    }
+#ifdef OLVEX_HAVE_SQLITE3
+    for (auto &[sql, statement] : m_sqliteStatements) {
+        sqlite3_reset(statement);
+    }
+#endif
 }
 
 QString SqlConnection::dialect(QString sql) const

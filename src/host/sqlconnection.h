@@ -9,6 +9,8 @@
 #include <map>
 #include <memory>
 
+struct sqlite3_stmt;
+
 namespace olvex {
 
 // One open Qt SQL connection with its own unique connection name, closed and removed from Qt's
@@ -51,6 +53,13 @@ public:
     void rollback() noexcept;
     bool inTransaction() const { return m_depth > 0; }
 
+    // SQLite only, and only when this program was built with SQLite's own interface: the
+    // statement compiled on the handle Qt opened, kept for the connection's life and reset
+    // before it is handed out; null otherwise. A batch read of many rows goes through it
+    // instead of a QSqlQuery, which builds a QVariant for every column of every row.
+    sqlite3_stmt *sqliteStatement(const QString &sql);
+    void countStatement() { ++m_statementsRun; }
+
     // Statements sent to the database so far: lets a test (or a diagnosis) see that a list fill
     // costs a few round trips, not one per row or attribute.
     quint64 statementCount() const { return m_statementsRun; }
@@ -59,12 +68,19 @@ public:
     QString dialect(QString sql) const;
 
     [[noreturn]] void fail(const QSqlQuery &query, const QString &what) const;
+    // The same for a statement run through sqliteStatement().
+    [[noreturn]] void failSqlite(const QString &sql, const QString &what) const;
 
 private:
+    void finishAll() noexcept;
+
     ConnectionTarget m_target;
     QString m_name;
     QSqlDatabase m_db;
     std::map<QString, std::unique_ptr<QSqlQuery>> m_statements;
+    std::map<QString, sqlite3_stmt *> m_sqliteStatements;
+    bool m_sqliteHandleChecked = false;
+    void *m_sqliteHandle = nullptr; // sqlite3 *, owned by Qt's driver
     int m_depth = 0;
     bool m_rollbackOnly = false;
     quint64 m_statementsRun = 0;

@@ -26,11 +26,21 @@ constexpr int kKindCount = 8;
 
 // Two-digit and four-digit fields of the fixed date-time layout, without the cost of a
 // general parser: reading every current value of a large site goes through here.
-int digits(QStringView text, qsizetype at, qsizetype count, bool &ok)
+char16_t codeUnit(QChar c)
+{
+    return c.unicode();
+}
+char16_t codeUnit(char c)
+{
+    return static_cast<unsigned char>(c);
+}
+
+template<class Text>
+int digits(const Text &text, qsizetype at, qsizetype count, bool &ok)
 {
     int n = 0;
     for (qsizetype i = at; i < at + count; ++i) {
-        const char16_t c = text[i].unicode();
+        const char16_t c = codeUnit(text[i]);
         if (c < u'0' || c > u'9') {
             ok = false;
             return 0;
@@ -38,6 +48,62 @@ int digits(QStringView text, qsizetype at, qsizetype count, bool &ok)
         n = n * 10 + (c - u'0');
     }
     return n;
+}
+
+// The calendar fields of "yyyy-MM-ddTHH:mm:ss.zzz[Z]"; nullopt for any other text.
+struct DateTimeFields
+{
+    int year, month, day, hour, minute, second, ms;
+    bool utc;
+
+    // Fields out of range make no valid date-time and are not packed (they could collide).
+    bool packable() const
+    {
+        return month <= 12 && day <= 31 && hour <= 23 && minute <= 59 && second <= 59;
+    }
+    quint64 packed() const
+    {
+        return ((((((quint64(year) * 13 + quint64(month)) * 32 + quint64(day)) * 24 + quint64(hour))
+                      * 60
+                  + quint64(minute))
+                     * 60
+                 + quint64(second))
+                    * 1000
+                + quint64(ms))
+                   * 2
+               + (utc ? 1 : 0);
+    }
+    QDateTime toDateTime() const
+    {
+        const QDate date(year, month, day);
+        const QTime time(hour, minute, second, ms);
+        if (!date.isValid() || !time.isValid()) {
+            return QDateTime();
+        }
+        return utc ? QDateTime(date, time, Qt::UTC) : QDateTime(date, time);
+    }
+};
+
+template<class Text>
+std::optional<DateTimeFields> dateTimeFields(const Text &v, qsizetype size)
+{
+    if (size != 23 && size != 24) {
+        return std::nullopt;
+    }
+    bool ok = true;
+    DateTimeFields f{};
+    f.year = digits(v, 0, 4, ok);
+    f.month = digits(v, 5, 2, ok);
+    f.day = digits(v, 8, 2, ok);
+    f.hour = digits(v, 11, 2, ok);
+    f.minute = digits(v, 14, 2, ok);
+    f.second = digits(v, 17, 2, ok);
+    f.ms = digits(v, 20, 3, ok);
+    f.utc = size == 24;
+    if (!ok) {
+        return std::nullopt;
+    }
+    return f;
 }
 
 QString doubleToText(double d)
@@ -75,6 +141,28 @@ std::optional<double> plainDoubleFromText(const QString &text)
     double d = 0;
     const char *end = buf.data() + text.size();
     const auto [ptr, ec] = std::from_chars(buf.data(), end, d);
+    if (ec != std::errc() || ptr != end || !(std::isnormal(d) || d == 0)) {
+        return std::nullopt;
+    }
+    return d;
+}
+
+// plainDoubleFromText over the UTF-8 bytes of the text.
+std::optional<double> plainDoubleFromUtf8(QByteArrayView text)
+{
+    if (text.isEmpty() || text.size() > 32 || text.front() == '+') {
+        return std::nullopt;
+    }
+    for (const char c : text) {
+        const bool allowed
+            = (c >= '0' && c <= '9') || c == '.' || c == 'e' || c == 'E' || c == '+' || c == '-';
+        if (!allowed) {
+            return std::nullopt;
+        }
+    }
+    double d = 0;
+    const char *end = text.data() + text.size();
+    const auto [ptr, ec] = std::from_chars(text.data(), end, d);
     if (ec != std::errc() || ptr != end || !(std::isnormal(d) || d == 0)) {
         return std::nullopt;
     }
@@ -154,27 +242,23 @@ QString dateTimeText(const QDateTime &value)
 QDateTime dateTimeFromText(const QString &text)
 {
     // yyyy-MM-ddTHH:mm:ss.zzz[Z]
-    if (text.size() != 23 && text.size() != 24) {
-        return QDateTime();
-    }
-    bool ok = true;
     const QStringView v(text);
-    const int year = digits(v, 0, 4, ok);
-    const int month = digits(v, 5, 2, ok);
-    const int day = digits(v, 8, 2, ok);
-    const int hour = digits(v, 11, 2, ok);
-    const int minute = digits(v, 14, 2, ok);
-    const int second = digits(v, 17, 2, ok);
-    const int ms = digits(v, 20, 3, ok);
-    if (!ok) {
-        return QDateTime();
+    const auto fields = dateTimeFields(v, v.size());
+    return fields ? fields->toDateTime() : QDateTime();
+}
+
+QDateTime DateTimeTexts::fromUtf8(QByteArrayView text)
+{
+    const auto fields = dateTimeFields(text, text.size());
+    if (!fields || !fields->packable()) {
+        return fields ? fields->toDateTime() : QDateTime();
     }
-    const QDate date(year, month, day);
-    const QTime time(hour, minute, second, ms);
-    if (!date.isValid() || !time.isValid()) {
-        return QDateTime();
+    const quint64 key = fields->packed();
+    auto it = m_seen.constFind(key);
+    if (it != m_seen.constEnd()) {
+        return *it;
     }
-    return text.size() == 24 ? QDateTime(date, time, Qt::UTC) : QDateTime(date, time);
+    return *m_seen.insert(key, fields->toDateTime());
 }
 
 StoredValue encodeValue(const Value &value)
@@ -247,6 +331,41 @@ Value decodeValue(int kind, const QString &text)
         damaged(kind, text);
     }
     static_assert(int(Value::Kind::Array) == kKindCount - 1);
+}
+
+Value decodeValue(int kind, QByteArrayView text, DateTimeTexts &times)
+{
+    switch (kind) {
+    case int(Value::Kind::Boolean):
+        return Value(text == "1");
+    case int(Value::Kind::Integer): {
+        // The stored form is plain decimal digits; anything else takes the general way.
+        qint64 n = 0;
+        const char *end = text.data() + text.size();
+        const auto [ptr, ec] = std::from_chars(text.data(), end, n);
+        if (!text.isEmpty() && ec == std::errc() && ptr == end && text.front() != '+') {
+            return Value(n);
+        }
+        break;
+    }
+    case int(Value::Kind::Double):
+        if (const std::optional<double> d = plainDoubleFromUtf8(text)) {
+            return Value(*d);
+        }
+        break;
+    case int(Value::Kind::Text):
+        return Value(QString::fromUtf8(text));
+    case int(Value::Kind::DateTime): {
+        const QDateTime dt = times.fromUtf8(text);
+        if (!dt.isValid() && !text.isEmpty()) {
+            damaged(kind, QString::fromUtf8(text));
+        }
+        return Value(dt);
+    }
+    default:
+        break;
+    }
+    return decodeValue(kind, QString::fromUtf8(text));
 }
 
 Value decodeValue(int kind, const QVariant &text)

@@ -3,6 +3,7 @@
 #include "common/value.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QString>
 #include <QVariant>
 
@@ -30,6 +31,24 @@ StoredValue encodeValue(const Value &value);
 // that holds such a value was damaged outside this program.
 Value decodeValue(int kind, const QString &text);
 Value decodeValue(int kind, const QVariant &text);
+
+// Local date-time texts of one batch read, each distinct date-time converted once. Building a
+// local QDateTime consults the system's time-zone rules (and, on Linux, the zone file) every
+// time, which costs more than the rest of a row; in a batch, values written together share
+// their time, and a setting's date values repeat. Same results as dateTimeFromText.
+class DateTimeTexts
+{
+public:
+    // dateTimeFromText of the UTF-8 bytes of a text, as a batch read gets them.
+    QDateTime fromUtf8(QByteArrayView text);
+
+private:
+    QHash<quint64, QDateTime> m_seen; // by calendar fields, packed
+};
+
+// decodeValue for a batch read: from the UTF-8 bytes of the text (a null view for SQL NULL),
+// converting date-times through times.
+Value decodeValue(int kind, QByteArrayView text, DateTimeTexts &times);
 
 // Text for a NOT NULL column: Qt binds a null QString as SQL NULL, an empty one as ''.
 inline QString notNull(const QString &text)

@@ -8,6 +8,7 @@
 #include "importexport/windows1252.h"
 
 #include <QDir>
+#include <QHash>
 #include <QSaveFile>
 #include <QStandardPaths>
 
@@ -47,16 +48,93 @@ QString oneLine(const QString &text)
     return result;
 }
 
-QString defaultText(const Value &value)
+// The file's text of a default value. A date-time default is written in the locale's named
+// formats, which cost far more than the rest of a line; a site's defaults repeat, so each
+// distinct one is formatted once per export.
+class DefaultTexts
 {
-    if (value.isBoolean())
-        return value.isTrue() ? QStringLiteral("-1") : QStringLiteral("0");
-    return value.toText(); // Null and Empty give empty text
-}
+public:
+    QString text(const Value &value)
+    {
+        if (value.isBoolean())
+            return value.isTrue() ? QStringLiteral("-1") : QStringLiteral("0");
+        if (!value.isDateTime())
+            return value.toText(); // Null and Empty give empty text
+        const QDateTime when = *value.toDateTime();
+        // Local and UTC times are told apart by their calendar fields alone; an offset or zone
+        // time is formatted each time.
+        if (when.timeSpec() != Qt::LocalTime && when.timeSpec() != Qt::UTC)
+            return value.toText();
+        const Key key{when.date().toJulianDay(), when.time().msecsSinceStartOfDay(),
+                      when.timeSpec() == Qt::UTC};
+        auto it = m_dates.constFind(key);
+        if (it != m_dates.constEnd())
+            return *it;
+        QString text = value.toText();
+        m_dates.insert(key, text);
+        return text;
+    }
+
+private:
+    struct Key
+    {
+        qint64 day;
+        int ms;
+        bool utc;
+        friend bool operator==(const Key &a, const Key &b)
+        {
+            return a.day == b.day && a.ms == b.ms && a.utc == b.utc;
+        }
+        friend size_t qHash(const Key &key, size_t seed = 0)
+        {
+            return qHashMulti(seed, key.day, key.ms, key.utc);
+        }
+    };
+    QHash<Key, QString> m_dates;
+};
 
 [[noreturn]] void throwFileError(const QFileDevice &file, int number)
 {
     throw Error(number, file.errorString());
+}
+
+void appendDigits(char16_t *&out, int value, int count)
+{
+    for (int i = count - 1; i >= 0; --i) {
+        out[i] = char16_t(u'0' + value % 10);
+        value /= 10;
+    }
+    out += count;
+}
+
+// "yyyy/MM/dd", "HH:mm:ss" or both, as QDateTime::toString writes them, digit by digit (the
+// locale-aware formatter costs more than the rest of a line); nullopt for a year outside
+// 1000-9999, which is left to QDateTime::toString.
+std::optional<QString> fixedDateTimeText(const QDateTime &when, bool withDate, bool withTime)
+{
+    const QDate date = when.date();
+    const QTime time = when.time();
+    if (withDate && (date.year() < 1000 || date.year() > 9999))
+        return std::nullopt;
+    char16_t text[19];
+    char16_t *out = text;
+    if (withDate) {
+        appendDigits(out, date.year(), 4);
+        *out++ = u'/';
+        appendDigits(out, date.month(), 2);
+        *out++ = u'/';
+        appendDigits(out, date.day(), 2);
+    }
+    if (withDate && withTime)
+        *out++ = u' ';
+    if (withTime) {
+        appendDigits(out, time.hour(), 2);
+        *out++ = u':';
+        appendDigits(out, time.minute(), 2);
+        *out++ = u':';
+        appendDigits(out, time.second(), 2);
+    }
+    return QString(reinterpret_cast<const QChar *>(text), out - text);
 }
 
 class LineWriter
@@ -70,7 +148,31 @@ public:
 
     void writeLine(QStringView line)
     {
-        appendWindows1252(m_buffer, line);
+        append(line);
+        endLine();
+    }
+    // text as it stands.
+    void append(QStringView text) { appendWindows1252(m_buffer, text); }
+    void append(char c) { m_buffer.append(c); }
+    // text as one CSV field: CsvField(oneLine(text)). A field of plain ASCII without comma,
+    // quote or line break (nearly every field) goes into the buffer as it is.
+    void appendField(const QString &text)
+    {
+        const qsizetype start = m_buffer.size();
+        m_buffer.resize(start + text.size());
+        char *dst = m_buffer.data() + start;
+        for (const QChar ch : text) {
+            const char16_t c = ch.unicode();
+            if (c >= 0x80 || c == u',' || c == u'"' || c == u'\r' || c == u'\n') {
+                m_buffer.truncate(start);
+                appendWindows1252(m_buffer, CsvField(oneLine(text)));
+                return;
+            }
+            *dst++ = char(c);
+        }
+    }
+    void endLine()
+    {
         m_buffer.append("\r\n", 2);
         if (m_buffer.size() >= kWriteChunk)
             flush();
@@ -157,15 +259,19 @@ SettingValueText SettingsImportExport::GetSettingValueText(const Parameter &para
     }
     const QDateTime when = *value.toDateTime();
     result.isZeroDate = isZeroDate(when);
+    std::optional<QString> fixed;
     switch (parameter.GetAttribute(kAttrDataType).toInteger().value_or(0)) {
     case kTypeDateTime:
-        result.text = when.toString(QStringLiteral("yyyy/MM/dd HH:mm:ss"));
+        fixed = fixedDateTimeText(when, true, true);
+        result.text = fixed ? *fixed : when.toString(QStringLiteral("yyyy/MM/dd HH:mm:ss"));
         break;
     case kTypeDate:
-        result.text = when.toString(QStringLiteral("yyyy/MM/dd"));
+        fixed = fixedDateTimeText(when, true, false);
+        result.text = fixed ? *fixed : when.toString(QStringLiteral("yyyy/MM/dd"));
         break;
     case kTypeTime:
-        result.text = when.toString(QStringLiteral("HH:mm:ss"));
+        fixed = fixedDateTimeText(when, false, true);
+        result.text = fixed ? *fixed : when.toString(QStringLiteral("HH:mm:ss"));
         break;
     default:
         result.text = value.toText();
@@ -188,13 +294,14 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
                               + now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"))));
         out.writeLine(u";PID,UNIT,SETTING,VALUE,DEFAULT");
 
-        const ParameterList settings = m_data->GetPidsOfTypes({ParameterTypes::Setting});
+        const ParameterList settings = m_data->GetPidsOfTypesWith(
+            {ParameterTypes::Setting}, {kAttrDefault, kAttrDataType, kAttrChangeable});
         counts.count = int(settings.size());
         const auto units = m_data->GetUnitsLookup();
         if (!reportProgress(0, counts.count))
             return false;
 
-        QString line;
+        DefaultTexts defaults;
         for (qsizetype i = 0; i < settings.size(); ++i) {
             if (i > 0 && i % kProgressStep == 0 && !reportProgress(i, counts.count))
                 return false; // the temporary file goes with `file`
@@ -207,19 +314,18 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
                 && !value.isZeroDate)
                 counts.allNullOrZero = false;
 
-            line.clear();
-            line += FormatPid(pid);
-            line += u',';
-            line += CsvField(oneLine(units ? units->UnitsText(pid) : QString()));
-            line += u',';
-            line += CsvField(oneLine(setting.GetName(0)));
-            line += u',';
-            line += CsvField(oneLine(value.text));
-            line += u',';
-            line += CsvField(oneLine(defaultText(setting.GetAttribute(kAttrDefault))));
+            out.append(FormatPid(pid));
+            out.append(',');
+            out.appendField(units ? units->UnitsText(pid) : QString());
+            out.append(',');
+            out.appendField(setting.GetName(0));
+            out.append(',');
+            out.appendField(value.text);
+            out.append(',');
+            out.appendField(defaults.text(setting.GetAttribute(kAttrDefault)));
             if (isReadOnly(setting.GetAttribute(kAttrChangeable)))
-                line += QLatin1String(",Read only");
-            out.writeLine(line);
+                out.append(QStringView(u",Read only"));
+            out.endLine();
         }
         out.flush();
         if (!reportProgress(counts.count, counts.count))

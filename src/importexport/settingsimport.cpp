@@ -105,33 +105,65 @@ public:
             m_known.insert(setting->PidNumber(), setting);
     }
 
-    void line(int lineNumber, const QString &line, PidDirectory &directory)
+    void line(int lineNumber, QStringView line, PidDirectory &directory)
     {
         ++m_counts.total;
-        QString parseError;
-        const auto fields = ParseCsvLine(line, parseError);
-        if (!fields) {
-            ++m_counts.parseErrors;
-            refuse(lineNumber, line, Severity::Error,
-                   QStringLiteral("[CSET-0066] Cannot import setting. Cannot parse line. ")
-                       + parseError);
-            return;
+        // A line without quotes (nearly every line of a file the export wrote) is cut at its
+        // commas in place, as ParseCsvLine would cut it; only a quoted one needs the parser.
+        QString pidText;
+        QStringView valueField;
+        QString parsedValue;
+        if (!line.contains(u'"')) {
+            qsizetype fieldCount = 1;
+            qsizetype from = 0;
+            for (qsizetype i = 0; i < line.size(); ++i) {
+                if (line[i] != u',')
+                    continue;
+                if (fieldCount == 1)
+                    pidText = line.left(i).toString();
+                else if (fieldCount == 4)
+                    valueField = line.mid(from, i - from);
+                ++fieldCount;
+                from = i + 1;
+            }
+            if (fieldCount == 4)
+                valueField = line.mid(from);
+            if (fieldCount < 4) {
+                ++m_counts.blanks;
+                refuse(lineNumber, line, Severity::Note,
+                       QStringLiteral("[CSET-0067] Cannot import setting. Line does not contain "
+                                      "enough items."));
+                return;
+            }
+        } else {
+            QString parseError;
+            const auto fields = ParseCsvLine(line.toString(), parseError);
+            if (!fields) {
+                ++m_counts.parseErrors;
+                refuse(lineNumber, line, Severity::Error,
+                       QStringLiteral("[CSET-0066] Cannot import setting. Cannot parse line. ")
+                           + parseError);
+                return;
+            }
+            if (fields->size() < 4) {
+                ++m_counts.blanks;
+                refuse(lineNumber, line, Severity::Note,
+                       QStringLiteral("[CSET-0067] Cannot import setting. Line does not contain "
+                                      "enough items."));
+                return;
+            }
+            pidText = fields->at(0);
+            parsedValue = fields->at(3);
+            valueField = parsedValue;
         }
-        if (fields->size() < 4) {
-            ++m_counts.blanks;
-            refuse(lineNumber, line, Severity::Note,
-                   QStringLiteral(
-                       "[CSET-0067] Cannot import setting. Line does not contain enough items."));
-            return;
-        }
-        const qint32 pid = ParsePid(fields->at(0), false);
+        const qint32 pid = ParsePid(pidText, false);
         if (pid == 0) {
             ++m_counts.parseErrors;
             refuse(lineNumber, line, Severity::Error,
                    QStringLiteral("[CSET-0068] Cannot import setting. Cannot parse PID."));
             return;
         }
-        const QString newText = StripQuotes(trimBlanks(fields->at(3)).toString());
+        const QString newText = StripQuotes(trimBlanks(valueField).toString());
         if (newText.isEmpty()) {
             ++m_counts.blanks;
             refuse(lineNumber, line, Severity::Note,
@@ -178,17 +210,17 @@ public:
             m_owner.log(Severity::Error,
                         QStringLiteral("[CSET-0073] Cannot import setting. Attempt to change "
                                        "setting failed.  ")
-                            + line);
+                            + line.toString());
         }
     }
 
 private:
-    void refuse(int lineNumber, const QString &line, int severity, const QString &reason)
+    void refuse(int lineNumber, QStringView line, int severity, const QString &reason)
     {
         if (m_preview)
-            m_preview->refusals.append({lineNumber, line, reason});
+            m_preview->refusals.append({lineNumber, line.toString(), reason});
         else
-            m_owner.log(severity, reason + QStringLiteral("  ") + line);
+            m_owner.log(severity, reason + QStringLiteral("  ") + line.toString());
     }
 
     SettingsImportExport &m_owner;
@@ -323,7 +355,9 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
         // A large file holds most of the site's settings: one batched read of all of them costs
         // far less than a lookup per line. A small file is looked up line by line.
         if (lines >= m_batchFromLines)
-            import.setKnownSettings(m_data->GetPidsOfTypes({ParameterTypes::Setting}));
+            import.setKnownSettings(m_data->GetPidsOfTypesWith(
+                {ParameterTypes::Setting},
+                {settingrules::kAttrChangeable, settingrules::kAttrDataType}));
         if (!reportProgress(reader.lineNumber(), lines))
             return cancelledAt(reader.lineNumber(), errorText);
         while (reader.next(rawLine)) {
@@ -333,7 +367,7 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
             const QStringView line = trimBlanks(rawLine);
             if (line.isEmpty() || line.startsWith(u';'))
                 continue;
-            import.line(reader.lineNumber(), line.toString(), *directory);
+            import.line(reader.lineNumber(), line, *directory);
         }
         reportProgress(lines, lines);
         m_cancelled = false; // the work was done; a late cancel changes nothing
