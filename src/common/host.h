@@ -33,11 +33,28 @@ inline constexpr int Note = 1;
 inline constexpr int Error = 4;
 } // namespace Severity
 
+struct LogLine
+{
+    int severity = 0;
+    QString text;
+
+    bool operator==(const LogLine &) const = default;
+};
+
 class MessageLog
 {
 public:
     virtual ~MessageLog() = default;
     virtual void LogMessage(int severity, const QString &text) = 0;
+    // Several lines, in their order. A log over a database may store them together (one commit
+    // instead of one per line: long runs of refused import lines); this default writes them one
+    // by one.
+    virtual void LogMessages(const QList<LogLine> &lines)
+    {
+        for (const LogLine &line : lines) {
+            LogMessage(line.severity, line.text);
+        }
+    }
 };
 
 // The value of a parameter as the data acquisition service last stored it.

@@ -101,6 +101,20 @@ void SiteMessageLog::LogMessage(int severity, const QString &text)
     }
 }
 
+void SiteMessageLog::LogMessages(const QList<LogLine> &lines)
+{
+    try {
+        SiteStore &store = *m_context->store;
+        Transaction transaction(store.sql(), SqlConnection::TransactionKind::Write);
+        for (const LogLine &line : lines) {
+            store.logMessage(line.severity, line.text, m_context->actor);
+        }
+        transaction.commit();
+    } catch (...) {
+        // Nowhere left to report it.
+    }
+}
+
 SiteCurrentDataReader::SiteCurrentDataReader(std::shared_ptr<SiteStore> store)
     : m_store(std::move(store))
 {}

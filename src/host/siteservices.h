@@ -68,6 +68,7 @@ class SiteMessageLog final : public MessageLog
 public:
     explicit SiteMessageLog(std::shared_ptr<SiteContext> context);
     void LogMessage(int severity, const QString &text) override;
+    void LogMessages(const QList<LogLine> &lines) override;
 
 private:
     std::shared_ptr<SiteContext> m_context;

@@ -12,6 +12,8 @@
 #include <QSaveFile>
 #include <QStandardPaths>
 
+#include <utility>
+
 namespace olvex {
 
 namespace {
@@ -32,6 +34,8 @@ constexpr int kDeviceIoError = 57;
 
 // Flush the line buffer to the file past this size.
 constexpr qsizetype kWriteChunk = 256 * 1024;
+// Log lines an import holds at most before it writes them.
+constexpr qsizetype kHeldLogLines = 500;
 
 const QString kCrLf = QStringLiteral("\r\n");
 
@@ -201,8 +205,26 @@ SettingsImportExport::SettingsImportExport(DataInterfacePtr dataInterface,
 
 void SettingsImportExport::log(int severity, const QString &text) const
 {
-    if (m_log)
+    if (!m_log)
+        return;
+    if (!m_holdingLog) {
         m_log->LogMessage(severity, text);
+        return;
+    }
+    m_heldLog.append({severity, text});
+    if (m_heldLog.size() >= kHeldLogLines)
+        flushLog();
+}
+
+void SettingsImportExport::holdLog(bool hold) const
+{
+    m_holdingLog = hold;
+}
+
+void SettingsImportExport::flushLog() const
+{
+    if (m_log && !m_heldLog.isEmpty())
+        m_log->LogMessages(std::exchange(m_heldLog, {}));
 }
 
 bool SettingsImportExport::reportProgress(qint64 done, qint64 total)

@@ -270,6 +270,7 @@ bool SettingsImportExport::changeSetting(Parameter &parameter, qint32 pid,
                                          const QString &newValueText)
 {
     try {
+        flushLog();
         parameter.SetValues(kQueuedWrite, Value(QList<Value>{Value(newValueText)}));
         return true;
     } catch (...) {
@@ -319,6 +320,27 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
     m_cancelled = false;
     if (preview)
         *preview = ImportPreview{};
+    // The lines held while the import runs go out when it ends, however it ends.
+    struct LogHold
+    {
+        const SettingsImportExport &owner;
+        explicit LogHold(const SettingsImportExport &o)
+            : owner(o)
+        {
+            owner.holdLog(true);
+        }
+        ~LogHold()
+        {
+            owner.holdLog(false);
+            try {
+                owner.flushLog();
+            } catch (...) {
+                // A log that fails here has nowhere left to report to.
+            }
+        }
+        LogHold(const LogHold &) = delete;
+        LogHold &operator=(const LogHold &) = delete;
+    } hold(*this);
     try {
         const QString text = decodeFile(data);
         LineReader reader(text);
@@ -370,6 +392,7 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
             import.line(reader.lineNumber(), line, *directory);
         }
         reportProgress(lines, lines);
+        flushLog();
         m_cancelled = false; // the work was done; a late cancel changes nothing
         return true;
     } catch (...) {

@@ -121,12 +121,19 @@ private:
     // A cancelled import still succeeds; errorText tells where it stopped.
     static bool cancelledAt(int lastLine, QString &errorText);
     void log(int severity, const QString &text) const;
+    // While an import runs, its log lines are held and written in groups (a file of thousands of
+    // refused lines would otherwise cost a commit each); they go out before any change, so the
+    // log keeps the order of what happened.
+    void holdLog(bool hold) const;
+    void flushLog() const;
 
     DataInterfacePtr m_data;
     std::shared_ptr<MessageLog> m_log;
     ProgressHandler m_progress;
     qint64 m_batchFromLines = 200;
     bool m_cancelled = false;
+    mutable bool m_holdingLog = false;
+    mutable QList<LogLine> m_heldLog;
 };
 
 // How often, in items, the progress handler is called.

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <functional>
 #include <tuple>
 
 using namespace olvex;
@@ -323,6 +324,38 @@ TEST_F(TransferTest, EachLineIsCountedAndLogged)
         }
     }
     EXPECT_EQ(data->pidsOfTypesRequests().size(), std::size(cases));
+}
+
+// A long file of refused lines costs a few writes of the log, not one per line; what is held goes
+// out before a change, so the log keeps the order of what happened.
+TEST_F(TransferTest, RefusedLinesAreLoggedInGroupsAheadOfAnyChange)
+{
+    struct GroupLog : RecordingLog
+    {
+        QList<qsizetype> groups;
+        std::function<void()> onGroup;
+        void LogMessages(const QList<LogLine> &lines) override
+        {
+            groups.append(lines.size());
+            onGroup();
+            RecordingLog::LogMessages(lines);
+        }
+    };
+    auto groupLog = std::make_shared<GroupLog>();
+    QList<qsizetype> writesBefore;
+    groupLog->onGroup = [&] {
+        writesBefore.append(writes(kNumber).size());
+    };
+    SettingsImportExport grouped(data, groupLog);
+    QStringList lines(1200, "1-000-0-00-08,,Serial,B-2");
+    lines << "1-234-5-67-89,ppm,SO2 span,13,10"
+          << "no pid,ppm,x,5";
+    writeBytes(path, settingsFile(QStringList{";SiteID=PLANT1"} + lines));
+    ASSERT_TRUE(grouped.ImportSettings(path, errorText, counts));
+    EXPECT_EQ(groupLog->groups, (QList<qsizetype>{500, 500, 200, 1}));
+    EXPECT_EQ(writesBefore, (QList<qsizetype>{0, 0, 0, 1}));
+    ASSERT_EQ(groupLog->lines().size(), 1201);
+    EXPECT_TRUE(groupLog->lines().last().text.startsWith("[CSET-0068]"));
 }
 
 // First as a preview: what would change and what is refused, with no write and no log line (a

@@ -12,14 +12,6 @@
 
 namespace olvex {
 
-struct LogLine
-{
-    int severity = 0;
-    QString text;
-
-    bool operator==(const LogLine &) const = default;
-};
-
 inline void PrintTo(const LogLine &line, std::ostream *os)
 {
     *os << '(' << line.severity << ", \"" << line.text.toStdString() << "\")";

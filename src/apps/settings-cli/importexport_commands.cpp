@@ -31,6 +31,14 @@ public:
             m_site->LogMessage(severity, text);
         m_err << text << Qt::endl;
     }
+    void LogMessages(const QList<LogLine> &lines) override
+    {
+        if (m_site)
+            m_site->LogMessages(lines);
+        for (const LogLine &line : lines)
+            m_err << line.text << u'\n';
+        m_err.flush();
+    }
 
 private:
     std::shared_ptr<MessageLog> m_site;
