@@ -17,16 +17,18 @@ constexpr auto kWriteColumns = ", pid, vkind, val";
 
 // Claimable: queued, or claimed by a worker whose lease ran out. A value write waits while an
 // older write of the same parameter is unfinished, so writes land in the order they were made.
+// The unary plus keeps the lease time out of index choice: SQLite would otherwise prepare the
+// statement again for every new time bound to it (its planner weighs bound values).
 const QString &claimableCommand()
 {
     static const QString where
-        = QStringLiteral("(state = 'queued' OR (state = 'claimed' AND claimed_until_ms < ?))");
+        = QStringLiteral("(state = 'queued' OR (state = 'claimed' AND +claimed_until_ms < ?))");
     return where;
 }
 const QString &claimableWrite()
 {
     static const QString where = QStringLiteral(
-        "(state = 'queued' OR (state = 'claimed' AND claimed_until_ms < ?))"
+        "(state = 'queued' OR (state = 'claimed' AND +claimed_until_ms < ?))"
         " AND NOT EXISTS (SELECT 1 FROM pending_writes e WHERE e.pid = pending_writes.pid"
         " AND e.id < pending_writes.id AND e.state IN ('queued', 'claimed'))");
     return where;
