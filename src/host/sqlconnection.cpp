@@ -93,11 +93,6 @@ SqlConnection::~SqlConnection()
         rollback();
     }
     m_statements.clear();
-#ifdef OLVEX_HAVE_SQLITE3
-    for (auto &[sql, statement] : m_sqliteStatements) {
-        sqlite3_finalize(statement);
-    }
-#endif
     m_sqliteStatements.clear();
     m_db.close();
     m_db = QSqlDatabase();
@@ -140,23 +135,32 @@ sqlite3_stmt *SqlConnection::sqliteStatement(const QString &sql)
     }
     auto it = m_sqliteStatements.find(sql);
     if (it != m_sqliteStatements.end()) {
-        sqlite3_reset(it->second);
-        sqlite3_clear_bindings(it->second);
-        return it->second;
+        sqlite3_reset(it->second.get());
+        sqlite3_clear_bindings(it->second.get());
+        return it->second.get();
     }
     auto *db = static_cast<sqlite3 *>(m_sqliteHandle);
-    sqlite3_stmt *statement = nullptr;
+    sqlite3_stmt *prepared = nullptr;
     const QByteArray text = sql.toUtf8();
-    if (sqlite3_prepare_v3(db, text.constData(), int(text.size()), SQLITE_PREPARE_PERSISTENT,
-                           &statement, nullptr)
-        != SQLITE_OK) {
-        sqlite3_finalize(statement);
+    const int status = sqlite3_prepare_v3(db, text.constData(), int(text.size()),
+                                          SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+    std::unique_ptr<sqlite3_stmt, FinalizeStatement> statement(prepared);
+    if (status != SQLITE_OK) {
         failSqlite(sql, QStringLiteral("prepare"));
     }
-    return m_sqliteStatements.emplace(sql, statement).first->second;
+    return m_sqliteStatements.emplace(sql, std::move(statement)).first->second.get();
 #else
     Q_UNUSED(sql);
     return nullptr;
+#endif
+}
+
+void SqlConnection::FinalizeStatement::operator()(sqlite3_stmt *statement) const noexcept
+{
+#ifdef OLVEX_HAVE_SQLITE3
+    sqlite3_finalize(statement);
+#else
+    Q_UNUSED(statement);
 #endif
 }
 
@@ -281,7 +285,7 @@ void SqlConnection::finishAll() noexcept
     }
 #ifdef OLVEX_HAVE_SQLITE3
     for (auto &[sql, statement] : m_sqliteStatements) {
-        sqlite3_reset(statement);
+        sqlite3_reset(statement.get());
     }
 #endif
 }

@@ -78,7 +78,12 @@ private:
     QString m_name;
     QSqlDatabase m_db;
     std::map<QString, std::unique_ptr<QSqlQuery>> m_statements;
-    std::map<QString, sqlite3_stmt *> m_sqliteStatements;
+    struct FinalizeStatement
+    {
+        void operator()(sqlite3_stmt *statement) const noexcept;
+    };
+    // Finalized before the connection closes (the destructor clears them first).
+    std::map<QString, std::unique_ptr<sqlite3_stmt, FinalizeStatement>> m_sqliteStatements;
     bool m_sqliteHandleChecked = false;
     void *m_sqliteHandle = nullptr; // sqlite3 *, owned by Qt's driver
     int m_depth = 0;
