@@ -80,7 +80,20 @@ struct DateTimeFields
         if (!date.isValid() || !time.isValid()) {
             return QDateTime();
         }
-        return utc ? QDateTime(date, time, Qt::UTC) : QDateTime(date, time);
+        if (utc) {
+            return QDateTime(date, time, Qt::UTC);
+        }
+        // A wall-clock time that comes twice (the hour the clocks go back) is the first of the
+        // two, always: left to the C library, the choice depends on the times it converted
+        // before. The second one is standard time and reads the same an hour earlier.
+        const QDateTime local(date, time);
+        if (!local.isDaylightTime()) {
+            const QDateTime hourBefore = local.addSecs(-3600);
+            if (hourBefore.time() == time && hourBefore.date() == date) {
+                return hourBefore;
+            }
+        }
+        return local;
     }
 };
 
