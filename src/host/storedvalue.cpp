@@ -73,7 +73,9 @@ struct DateTimeFields
                    * 2
                + (utc ? 1 : 0);
     }
-    QDateTime toDateTime() const
+    // offsetChanges: per Julian day, whether the UTC offset changes that day (a batch's cache;
+    // null: always look).
+    QDateTime toDateTime(QHash<qint64, bool> *offsetChanges = nullptr) const
     {
         const QDate date(year, month, day);
         const QTime time(hour, minute, second, ms);
@@ -87,13 +89,27 @@ struct DateTimeFields
         // two, always: left to the C library, the choice depends on the times it converted
         // before. The second one is standard time and reads the same an hour earlier.
         const QDateTime local(date, time);
-        if (!local.isDaylightTime()) {
-            const QDateTime hourBefore = local.addSecs(-3600);
-            if (hourBefore.time() == time && hourBefore.date() == date) {
-                return hourBefore;
-            }
+        if (local.isDaylightTime() || !mayRepeat(date, offsetChanges)) {
+            return local;
         }
-        return local;
+        const QDateTime hourBefore = local.addSecs(-3600);
+        return hourBefore.time() == time && hourBefore.date() == date ? hourBefore : local;
+    }
+    // Whether the clocks may go back on date: only on a day whose UTC offset changes.
+    static bool mayRepeat(const QDate &date, QHash<qint64, bool> *offsetChanges)
+    {
+        const auto changes = [&date] {
+            return QDateTime(date, QTime(0, 0)).offsetFromUtc()
+                   != QDateTime(date.addDays(1), QTime(0, 0)).offsetFromUtc();
+        };
+        if (!offsetChanges) {
+            return changes();
+        }
+        auto it = offsetChanges->constFind(date.toJulianDay());
+        if (it == offsetChanges->constEnd()) {
+            it = offsetChanges->insert(date.toJulianDay(), changes());
+        }
+        return *it;
     }
 };
 
@@ -271,7 +287,7 @@ QDateTime DateTimeTexts::fromUtf8(QByteArrayView text)
     if (it != m_seen.constEnd()) {
         return *it;
     }
-    return *m_seen.insert(key, fields->toDateTime());
+    return *m_seen.insert(key, fields->toDateTime(&m_offsetChanges));
 }
 
 StoredValue encodeValue(const Value &value)

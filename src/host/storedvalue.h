@@ -43,7 +43,8 @@ public:
     QDateTime fromUtf8(QByteArrayView text);
 
 private:
-    QHash<quint64, QDateTime> m_seen; // by calendar fields, packed
+    QHash<quint64, QDateTime> m_seen;    // by calendar fields, packed
+    QHash<qint64, bool> m_offsetChanges; // by Julian day: does the UTC offset change that day?
 };
 
 // decodeValue for a batch read: from the UTF-8 bytes of the text (a null view for SQL NULL),
