@@ -88,6 +88,11 @@ QString importFailed(const QString &errorText)
     return QStringLiteral("Failed. [CSET-0060] ") + errorText;
 }
 
+QString importError(const QString &errorText)
+{
+    return QStringLiteral("Cannot import settings. ") + errorText + QStringLiteral(" [CSET-0074]");
+}
+
 QString accessDenied(const QString &userName)
 {
     return fillPlaceholders(

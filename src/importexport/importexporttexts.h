@@ -19,6 +19,9 @@ QString exportCancelled(const QString &fileName);
 QString importSummary(const QString &fileName, const ImportCounts &counts,
                       const QString &errorText);
 QString importFailed(const QString &errorText);
+// The error text of an import stopped by an unexpected error: "Cannot import settings. Error n,
+// description [CSET-0074]".
+QString importError(const QString &errorText);
 
 QString accessDenied(const QString &userName);
 // The message log's line for the same refusal.

@@ -4,6 +4,7 @@
 #include "common/pid.h"
 #include "common/text.h"
 #include "importexport/csvline.h"
+#include "importexport/importexporttexts.h"
 #include "importexport/settingrules.h"
 #include "importexport/windows1252.h"
 
@@ -251,6 +252,15 @@ bool SettingsImportExport::cancelledAt(int lastLine, QString &errorText)
     return true;
 }
 
+bool SettingsImportExport::failWith(const QString &text, QString &errorText,
+                                    const ImportPreview *preview) const
+{
+    errorText = text;
+    if (!preview)
+        log(Severity::Error, errorText);
+    return false;
+}
+
 bool SettingsImportExport::ChangeSetting(qint32 pid, const QString &newValueText)
 {
     ParameterPtr setting;
@@ -303,11 +313,8 @@ bool SettingsImportExport::ImportSettings(const QString &fileName, QString &erro
         if (file.error() != QFileDevice::NoError)
             throw Error(kFileAccessError, file.errorString());
     } catch (...) {
-        errorText = QStringLiteral("Cannot import settings. ") + currentError().errorText()
-                    + QStringLiteral(" [CSET-0074]");
-        if (!preview)
-            log(Severity::Error, errorText);
-        return false;
+        return failWith(importexporttexts::importError(currentError().errorText()), errorText,
+                        preview);
     }
     return importFromData(data, errorText, counts, preview);
 }
@@ -396,11 +403,8 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
         m_cancelled = false; // the work was done; a late cancel changes nothing
         return true;
     } catch (...) {
-        errorText = QStringLiteral("Cannot import settings. ") + currentError().errorText()
-                    + QStringLiteral(" [CSET-0074]");
-        if (!preview)
-            log(Severity::Error, errorText);
-        return false;
+        return failWith(importexporttexts::importError(currentError().errorText()), errorText,
+                        preview);
     }
 }
 

@@ -125,6 +125,8 @@ private:
     // refused lines would otherwise cost a commit each); they go out before any change, so the
     // log keeps the order of what happened.
     void holdLog(bool hold) const;
+    // Ends an import with errorText set to text, logged unless it is a preview: returns false.
+    bool failWith(const QString &text, QString &errorText, const ImportPreview *preview) const;
     void flushLog() const;
 
     DataInterfacePtr m_data;

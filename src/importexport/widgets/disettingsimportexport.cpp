@@ -307,15 +307,16 @@ void DISettingsImportExport::runImport()
                 m_ui.ShowMessageBox(texts::importFailed(errorText), MessageBoxStyle::Exclamation,
                                     title());
         },
-        [&](const CaughtError &error) {
-            const QString errorText = QStringLiteral("Cannot import settings. ") + error.errorText()
-                                      + QStringLiteral(" [CSET-0074]");
-            logError(errorText);
-            m_ui.ShowMessageBox(texts::importFailed(errorText), MessageBoxStyle::Exclamation,
-                                title());
-        });
+        [&](const CaughtError &error) { reportImportError(error); });
     if (m_transfer)
         m_transfer->setProgressHandler({});
+}
+
+void DISettingsImportExport::reportImportError(const CaughtError &error)
+{
+    const QString errorText = texts::importError(error.errorText());
+    logError(errorText);
+    m_ui.ShowMessageBox(texts::importFailed(errorText), MessageBoxStyle::Exclamation, title());
 }
 
 void DISettingsImportExport::previewClicked()
@@ -343,13 +344,7 @@ void DISettingsImportExport::previewClicked()
             ImportPreviewDialog dialog(fileName, counts, preview, errorText, this);
             importNow = m_ui.runModal(dialog) == QDialog::Accepted;
         },
-        [&](const CaughtError &error) {
-            const QString errorText = QStringLiteral("Cannot import settings. ") + error.errorText()
-                                      + QStringLiteral(" [CSET-0074]");
-            logError(errorText);
-            m_ui.ShowMessageBox(texts::importFailed(errorText), MessageBoxStyle::Exclamation,
-                                title());
-        });
+        [&](const CaughtError &error) { reportImportError(error); });
     if (m_transfer)
         m_transfer->setProgressHandler({});
     progress.reset();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/error.h"
 #include "common/host.h"
 #include "importexport/settingsimportexport.h"
 
@@ -49,6 +50,8 @@ private:
     void updateControls();
     void setBusy(bool busy);
     void logError(const QString &text);
+    // An import or preview stopped by an unexpected error: logged and shown.
+    void reportImportError(const CaughtError &error);
     QString title() const;
 
     UiServices &m_ui;

@@ -439,16 +439,12 @@ void DISettings::FillSettingsRow(QTreeWidgetItem *row)
 {
     guarded(
         [&] {
-            if (!row || !mobjDI) {
-                return;
-            }
-            const qint32 pid = PidFromTag(ReportList::rowTag(row));
-            const std::shared_ptr<PidDirectory> dir = directory();
-            if (!dir->PidExists(pid)) {
+            const std::optional<RowTarget> target = rowTarget(row);
+            if (!target || !target->definition) {
                 return;
             }
             const std::shared_ptr<MessageLog> log = mobjDI->MessageLog();
-            showSettingState(row, *dir->GetPid(pid, true), mobjDI->AlternativeState(), log.get());
+            showSettingState(row, *target->definition, mobjDI->AlternativeState(), log.get());
         },
         [this](const CaughtError &error) {
             emitProblem(QStringLiteral("SED-006/UI-076: "), error);
@@ -472,15 +468,11 @@ void DISettings::FillAlarmRow(QTreeWidgetItem *row)
 {
     guarded(
         [&] {
-            if (!row || !mobjDI) {
+            const std::optional<RowTarget> target = rowTarget(row);
+            if (!target || !target->definition) {
                 return;
             }
-            const qint32 pid = PidFromTag(ReportList::rowTag(row));
-            const std::shared_ptr<PidDirectory> dir = directory();
-            if (!dir->PidExists(pid)) {
-                return;
-            }
-            showAlarmSetpoints(row, *dir->GetPid(pid, true));
+            showAlarmSetpoints(row, *target->definition);
         },
         [this](const CaughtError &error) {
             emitProblem(QStringLiteral("SED-005/UI-094: "), error);
@@ -518,6 +510,20 @@ void DISettings::RaiseProblem(const QString &text)
 void DISettings::emitProblem(const QString &prefix, const CaughtError &error)
 {
     Q_EMIT Problem(prefix + error.errorText());
+}
+
+std::optional<DISettings::RowTarget> DISettings::rowTarget(QTreeWidgetItem *row)
+{
+    if (!row || !mobjDI) {
+        return std::nullopt;
+    }
+    RowTarget target;
+    target.pid = PidFromTag(ReportList::rowTag(row));
+    const std::shared_ptr<PidDirectory> dir = directory();
+    if (dir->PidExists(target.pid)) {
+        target.definition = dir->GetPid(target.pid, true);
+    }
+    return target;
 }
 
 std::shared_ptr<PidDirectory> DISettings::directory()

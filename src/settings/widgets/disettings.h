@@ -6,6 +6,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QFrame;
 class QPushButton;
@@ -100,6 +101,14 @@ private:
     void selectFirstSetting(bool selectFirst, void (DISettings::*onSelected)(QTreeWidgetItem *));
     QString userName();
     std::shared_ptr<PidDirectory> directory();
+    // The PID of a row and its definition (null for a PID without one); none without a row or
+    // without a data interface.
+    struct RowTarget
+    {
+        qint32 pid = 0;
+        ParameterPtr definition;
+    };
+    std::optional<RowTarget> rowTarget(QTreeWidgetItem *row);
 
     UiServices *m_ui;
     std::shared_ptr<DataInterface> mobjDI;

@@ -81,16 +81,16 @@ void DISettings::lsvSettings_ItemClick(QTreeWidgetItem *row)
 {
     guarded(
         [&] {
-            if (!row || !mobjDI) {
+            const std::optional<RowTarget> target = rowTarget(row);
+            if (!target) {
                 return;
             }
-            const qint32 pid = PidFromTag(ReportList::rowTag(row));
-            const std::shared_ptr<PidDirectory> dir = directory();
-            if (!dir->PidExists(pid)) {
+            if (!target->definition) {
                 disableSettingButtons(QStringLiteral("This PID has no definition."));
                 return;
             }
-            const ParameterPtr definition = dir->GetPid(pid, true);
+            const qint32 pid = target->pid;
+            const ParameterPtr &definition = target->definition;
             const int dataType
                 = int(definition->GetAttribute(SettingAttr::DataType).toInteger().value_or(0));
             const int icon = ReportList::smallIcon(row);
@@ -169,15 +169,12 @@ void DISettings::cmdChange_Click()
     guarded(
         [&] {
             QTreeWidgetItem *row = m_lsvSettings->selectedRow();
-            if (!row || !mobjDI) {
+            const std::optional<RowTarget> target = rowTarget(row);
+            if (!target || !target->definition) {
                 return;
             }
-            const qint32 pid = PidFromTag(ReportList::rowTag(row));
-            const std::shared_ptr<PidDirectory> dir = directory();
-            if (!dir->PidExists(pid)) {
-                return;
-            }
-            const ParameterPtr definition = dir->GetPid(pid, true);
+            const qint32 pid = target->pid;
+            const ParameterPtr &definition = target->definition;
             const QString title = definition->GetName(0);
             if (refuseChange(pid, title, QStringLiteral("SED-012"))) {
                 return;
@@ -294,19 +291,16 @@ void DISettings::cmdChangeAlarm_Click()
     guarded(
         [&] {
             QTreeWidgetItem *row = m_lsvAlarmSettings->selectedRow();
-            if (!row || !mobjDI) {
+            const std::optional<RowTarget> target = rowTarget(row);
+            if (!target || !target->definition) {
                 return;
             }
-            const qint32 pid = PidFromTag(ReportList::rowTag(row));
-            const std::shared_ptr<PidDirectory> dir = directory();
-            if (!dir->PidExists(pid)) {
-                return;
-            }
+            const qint32 pid = target->pid;
             if (refuseChange(pid, row->text(0), QStringLiteral("SED-013"))) {
                 return;
             }
             UiServices &ui = UiServices::resolve(m_ui);
-            const ParameterPtr definition = dir->GetPid(pid, true);
+            const ParameterPtr &definition = target->definition;
             frmSettings_AlarmSetpoints dialog(m_ui, this);
             for (size_t i = 0; i < kAlarmSetpoints.size(); ++i) {
                 dialog.setSetpoint(int(i), definition->GetAttribute(kAlarmSetpoints[i].attribute));
