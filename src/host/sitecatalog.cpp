@@ -13,6 +13,7 @@
 #include <QSqlQuery>
 
 #include <charconv>
+#include <optional>
 
 namespace olvex {
 
@@ -68,6 +69,27 @@ void bindValue(QSqlQuery &query, const Value &value)
     const StoredValue stored = encodeValue(value);
     query.addBindValue(stored.kind);
     query.addBindValue(stored.text);
+}
+
+// One row of the audit trail: a change of attribute (none: of the current value) from old to
+// value.
+void audit(SqlConnection &sql, qint32 pid, std::optional<int> attribute, const Value &old,
+           const Value &value, const Actor &who, const QString &source)
+{
+    QSqlQuery &query = sql.prepared(
+        QStringLiteral("INSERT INTO audit_trail (changed_ms, user_name, client_name,"
+                       " client_address, pid, attribute, old_vkind, old_val, new_vkind, new_val,"
+                       " source) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    query.addBindValue(QDateTime::currentMSecsSinceEpoch());
+    query.addBindValue(notNull(who.userName));
+    query.addBindValue(notNull(who.clientName));
+    query.addBindValue(notNull(who.clientAddress));
+    query.addBindValue(pid);
+    query.addBindValue(attribute ? QVariant(*attribute) : QVariant(QMetaType::fromType<int>()));
+    bindValue(query, old);
+    bindValue(query, value);
+    query.addBindValue(notNull(source));
+    sql.exec(query);
 }
 
 // Runs statement once for a list of PIDs and hands every row to onRow. In the statement,
@@ -473,22 +495,7 @@ qint64 SiteStore::setAttribute(qint32 pid, int number, const Value &value, const
         bindValue(query, value);
         m_sql->exec(query);
     }
-    {
-        QSqlQuery &query = m_sql->prepared(QStringLiteral(
-            "INSERT INTO audit_trail (changed_ms, user_name, client_name, client_address, pid,"
-            " attribute, old_vkind, old_val, new_vkind, new_val, source)"
-            " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-        query.addBindValue(QDateTime::currentMSecsSinceEpoch());
-        query.addBindValue(notNull(who.userName));
-        query.addBindValue(notNull(who.clientName));
-        query.addBindValue(notNull(who.clientAddress));
-        query.addBindValue(pid);
-        query.addBindValue(number);
-        bindValue(query, old);
-        bindValue(query, value);
-        query.addBindValue(notNull(source));
-        m_sql->exec(query);
-    }
+    audit(*m_sql, pid, number, old, value, who, source);
     const qint64 revision = bumpRevision();
     transaction.commit();
     return revision;
@@ -568,21 +575,7 @@ void SiteStore::setCurrentValue(qint32 pid, const Value &value, int status, cons
         query.addBindValue(dateTimeText(QDateTime::currentDateTime()));
         m_sql->exec(query);
     }
-    {
-        QSqlQuery &query = m_sql->prepared(QStringLiteral(
-            "INSERT INTO audit_trail (changed_ms, user_name, client_name, client_address, pid,"
-            " attribute, old_vkind, old_val, new_vkind, new_val, source)"
-            " VALUES (?, ?, ?, ?, ?, NULL, ?, ?, ?, ?, ?)"));
-        query.addBindValue(QDateTime::currentMSecsSinceEpoch());
-        query.addBindValue(notNull(who.userName));
-        query.addBindValue(notNull(who.clientName));
-        query.addBindValue(notNull(who.clientAddress));
-        query.addBindValue(pid);
-        bindValue(query, old);
-        bindValue(query, value);
-        query.addBindValue(notNull(source));
-        m_sql->exec(query);
-    }
+    audit(*m_sql, pid, std::nullopt, old, value, who, source);
     transaction.commit();
 }
 
