@@ -64,14 +64,13 @@ bool IsValidPid(const Value &value)
     }
 }
 
-QString FormatPid(qint64 pid)
+qsizetype formatPidInto(qint64 pid, char16_t *text)
 {
     if (!IsValidPid(pid)) {
-        return {};
+        return 0;
     }
     // Written digit by digit: an export formats one PID per setting, and five arg() calls
     // cost more than the rest of its line.
-    char16_t text[14];
     qsizetype n = 0;
     const auto digit = [](qint64 d) {
         return char16_t(u'0' + d);
@@ -93,7 +92,14 @@ QString FormatPid(qint64 pid)
     text[n++] = u'-';
     text[n++] = digit(pid % 100 / 10);
     text[n++] = digit(pid % 10);
-    return QString(reinterpret_cast<const QChar *>(text), n);
+    return n;
+}
+
+QString FormatPid(qint64 pid)
+{
+    char16_t text[kFormattedPidSize];
+    const qsizetype n = formatPidInto(pid, text);
+    return n == 0 ? QString() : QString(reinterpret_cast<const QChar *>(text), n);
 }
 
 QString FormatPidPlain(qint64 pid)
@@ -128,9 +134,8 @@ int GetPidPart(qint64 pid, int part)
     }
 }
 
-qint32 ParsePid(const QString &input, bool bracketed)
+qint32 ParsePid(QStringView text, bool bracketed)
 {
-    QStringView text(input);
     if (bracketed) {
         text = text.trimmed();
         if (!text.startsWith(u'[')) {

@@ -16,6 +16,10 @@ bool IsValidPid(const Value &value);
 
 // "1-234-5-67-89"; empty for an invalid number.
 QString FormatPid(qint64 pid);
+// FormatPid() written into text, which holds at least kFormattedPidSize units; returns the
+// length (0 for an invalid number). For writers of many PIDs: no string each.
+inline constexpr qsizetype kFormattedPidSize = 14;
+qsizetype formatPidInto(qint64 pid, char16_t *text);
 // At least nine digits with leading zeros ("001234567"); empty for an invalid number.
 QString FormatPidPlain(qint64 pid);
 // Always ten digits ("0001234567"); empty for an invalid number.
@@ -26,7 +30,7 @@ int GetPidPart(qint64 pid, int part);
 
 // Reads the groups from the right; every non-digit separates. With bracketed set, the text must
 // be "[...]" and "[@..." is refused. 0 when the text is no PID.
-qint32 ParsePid(const QString &text, bool bracketed = false);
+qint32 ParsePid(QStringView text, bool bracketed = false);
 
 // 0 when a group is out of range or the result is no valid PID.
 qint32 BuildPid(int a, int b, int c, int d, int e);

@@ -26,6 +26,7 @@ void DefinitionCache::clear()
         ++m_generation;
     }
     m_records.clear();
+    m_hintList = nullptr;
     m_recordsByType.clear();
     m_loadedTypes.clear();
     m_batchByType.clear();
@@ -45,6 +46,7 @@ QList<int> DefinitionCache::missingTypes(const QList<int> &types) const
 void DefinitionCache::insertTypes(const QList<int> &types, QList<ParameterRecord> loaded,
                                   std::optional<AttributeColumns> columns)
 {
+    m_hintList = nullptr; // new lists may move the others
     for (const int type : types) {
         m_recordsByType[type]; // an empty list for a type without parameters
     }
@@ -66,12 +68,20 @@ void DefinitionCache::insertTypes(const QList<int> &types, QList<ParameterRecord
     }
     // The records live in one block, which each of them keeps alive: one allocation for the
     // list rather than one per record.
+    // The lists are found by PID through their order (cached()): no index entry per record.
     const auto block = std::make_shared<const QList<ParameterRecord>>(std::move(loaded));
-    m_records.reserve(m_records.size() + block->size());
+    for (const int type : types) {
+        m_recordsByType[type].reserve(block->size());
+    }
+    QList<Record> *list = nullptr; // the type of the record before, mostly the same
     for (const ParameterRecord &record : *block) {
-        Record shared(block, &record);
-        m_recordsByType[record.type].append(shared);
-        m_records.insert(record.pid, std::move(shared));
+        if (!list || list->constFirst()->type != record.type) {
+            list = &m_recordsByType[record.type];
+        }
+        list->append(Record(block, &record));
+    }
+    for (const int type : types) {
+        m_recordsByType[type].squeeze();
     }
     for (const int type : types) {
         m_loadedTypes.insert(type);
@@ -128,34 +138,46 @@ QList<DefinitionCache::Record> DefinitionCache::ofTypes(const QList<int> &types)
     return records;
 }
 
+std::optional<std::pair<int, qsizetype>> DefinitionCache::listed(qint32 pid) const
+{
+    for (auto list = m_recordsByType.cbegin(); list != m_recordsByType.cend(); ++list) {
+        const auto at = std::lower_bound(list->cbegin(), list->cend(), pid,
+                                         [](const Record &r, qint32 p) { return r->pid < p; });
+        if (at != list->cend() && (*at)->pid == pid) {
+            return std::pair{list.key(), qsizetype(at - list->cbegin())};
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<DefinitionCache::Record> DefinitionCache::cached(qint32 pid)
+{
+    // Lists are mostly walked in order (an export asks for each setting's units in turn): the
+    // record after the one found last comes first.
+    if (m_hintList && m_hintIndex + 1 < m_hintList->size()
+        && m_hintList->at(m_hintIndex + 1)->pid == pid) {
+        ++m_hintIndex;
+        return m_hintList->at(m_hintIndex);
+    }
+    if (const auto at = listed(pid)) {
+        m_hintList = &*m_recordsByType.constFind(at->first);
+        m_hintIndex = at->second;
+        return m_hintList->at(m_hintIndex);
+    }
+    const auto it = m_records.constFind(pid);
+    if (it != m_records.constEnd()) {
+        return *it;
+    }
+    return std::nullopt;
+}
+
 DefinitionCache::Record DefinitionCache::find(qint32 pid)
 {
     if (m_revision < 0) {
         revalidate();
     }
-    // Lists are mostly walked in order (an export asks for each setting's units in turn): the
-    // record after the one found last comes first.
-    const auto hinted = m_recordsByType.constFind(m_hintType);
-    if (hinted != m_recordsByType.constEnd() && m_hintIndex + 1 < hinted->size()
-        && hinted->at(m_hintIndex + 1)->pid == pid) {
-        ++m_hintIndex;
-        return hinted->at(m_hintIndex);
-    }
-    auto it = m_records.constFind(pid);
-    if (it != m_records.constEnd()) {
-        if (*it) {
-            const auto list = m_recordsByType.constFind((*it)->type);
-            if (list != m_recordsByType.constEnd()) {
-                const auto at
-                    = std::lower_bound(list->cbegin(), list->cend(), pid,
-                                       [](const Record &r, qint32 p) { return r->pid < p; });
-                if (at != list->cend() && (*at)->pid == pid) {
-                    m_hintType = (*it)->type;
-                    m_hintIndex = at - list->cbegin();
-                }
-            }
-        }
-        return *it;
+    if (std::optional<Record> record = cached(pid)) {
+        return *record;
     }
     std::optional<ParameterRecord> loaded = m_store->parameter(pid);
     Record record = loaded ? std::make_shared<const ParameterRecord>(std::move(*loaded)) : nullptr;
@@ -168,27 +190,28 @@ QList<DefinitionCache::Record> DefinitionCache::findAll(const QList<qint32> &pid
     if (m_revision < 0) {
         revalidate();
     }
-    QList<qint32> missing;
-    for (const qint32 pid : pids) {
-        if (!m_records.contains(pid)) {
-            missing.append(pid);
-        }
-    }
-    if (!missing.isEmpty()) {
-        for (ParameterRecord &record : m_store->parameters(missing)) {
-            const qint32 pid = record.pid;
-            m_records.insert(pid, std::make_shared<const ParameterRecord>(std::move(record)));
-        }
-        for (const qint32 pid : std::as_const(missing)) {
-            if (!m_records.contains(pid)) {
-                m_records.insert(pid, nullptr); // known to have no definition
-            }
-        }
-    }
     QList<Record> records;
     records.reserve(pids.size());
+    QList<qint32> missing;
     for (const qint32 pid : pids) {
-        records.append(m_records.value(pid));
+        std::optional<Record> record = cached(pid);
+        if (!record) {
+            missing.append(pid);
+        }
+        records.append(record.value_or(nullptr));
+    }
+    if (missing.isEmpty()) {
+        return records;
+    }
+    for (ParameterRecord &record : m_store->parameters(missing)) {
+        const qint32 pid = record.pid;
+        m_records.insert(pid, std::make_shared<const ParameterRecord>(std::move(record)));
+    }
+    for (qsizetype i = 0; i < pids.size(); ++i) {
+        if (!records[i]) {
+            // Left null (known to have no definition) when the batch did not find it.
+            records[i] = m_records[pids[i]];
+        }
     }
     return records;
 }
@@ -203,22 +226,21 @@ void DefinitionCache::attributeWritten(qint32 pid, int number, const Value &valu
         return;
     }
     m_revision = newRevision;
-    auto it = m_records.find(pid);
-    if (it == m_records.end() || !*it) {
+    const auto single = m_records.find(pid);
+    const auto at = listed(pid);
+    Record current = at ? m_recordsByType.value(at->first).at(at->second)
+                        : (single != m_records.end() ? *single : nullptr);
+    if (!current) {
         return;
     }
-    auto updated = std::make_shared<ParameterRecord>(**it);
+    auto updated = std::make_shared<ParameterRecord>(*current);
     updated->setAttribute(number, value);
-    const auto byType = m_recordsByType.find(updated->type);
-    if (byType != m_recordsByType.end()) {
-        QList<Record> &list = *byType;
-        const auto at = std::lower_bound(list.begin(), list.end(), pid,
-                                         [](const Record &r, qint32 p) { return r->pid < p; });
-        if (at != list.end() && (*at)->pid == pid) {
-            *at = updated;
-        }
+    if (at) {
+        m_recordsByType[at->first][at->second] = updated;
     }
-    *it = std::move(updated);
+    if (single != m_records.end()) {
+        *single = updated;
+    }
     ++m_generation;
 }
 

@@ -68,9 +68,13 @@ private:
     // without, the records hold all of them.
     void insertTypes(const QList<int> &types, QList<ParameterRecord> loaded,
                      std::optional<AttributeColumns> columns);
+    // pid's place in the loaded lists (type, index).
+    std::optional<std::pair<int, qsizetype>> listed(qint32 pid) const;
+    // pid's record if the cache knows it (null: known to have no definition); nullopt when not.
+    std::optional<Record> cached(qint32 pid);
 
     std::shared_ptr<SiteStore> m_store;
-    QHash<qint32, Record> m_records;           // a null record: known to have no definition
+    QHash<qint32, Record> m_records;           // read one by one; null: known to have no definition
     QHash<int, QList<Record>> m_recordsByType; // of the loaded types, ascending by PID
     QSet<int> m_loadedTypes;
     QHash<int, std::shared_ptr<AttributeBatch>> m_batchByType; // of the loaded types
@@ -78,7 +82,7 @@ private:
     bool m_alternativeState = false;
     quint64 m_generation = 0;
     // Where find() found a record last, in its type's list.
-    int m_hintType = 0;
+    const QList<Record> *m_hintList = nullptr; // in m_recordsByType
     qsizetype m_hintIndex = -1;
 };
 

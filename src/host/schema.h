@@ -31,7 +31,7 @@ class SqlConnection;
 //   cal_checks       calibration-check records, with the cylinder data they were made with
 //   audit_trail      every value and attribute write: when, who, client, pid, attribute
 //                    (NULL for a value), old and new typed value, and the source of the write
-inline constexpr int kSchemaVersion = 2;
+inline constexpr int kSchemaVersion = 3;
 
 // Creates the schema of the given version in an empty database (inside the caller's
 // transaction); version defaults to the newest. Older versions exist so that the migrations

@@ -205,22 +205,10 @@ SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int
             wanted.append(number);
         }
     }
-    // One row per parameter: its current value and each attribute asked for are one lookup
-    // by primary key each.
-    // The plant units' names come apart (a site has a handful): no lookup per parameter, and
-    // each name is shared by its parameters.
-    QString columns = QStringLiteral("p.pid, p.name, p.ptype, p.plant_unit, NULL, p.units_text,"
-                                     " p.in_error, c.vkind, c.val, c.status, c.time");
-    QString joins
-        = QStringLiteral(" FROM parameters p LEFT JOIN current_values c ON c.pid = p.pid");
-    for (qsizetype i = 0; i < wanted.size(); ++i) {
-        const QString alias = u"a" + QString::number(i);
-        columns += u", " + alias + u".vkind, " + alias + u".val";
-        joins += u" LEFT JOIN attributes " + alias + u" ON " + alias + u".pid = p.pid AND " + alias
-                 + u".number = " + QString::number(wanted[i]);
-    }
     ListRead read;
     Transaction transaction(*m_sql, SqlConnection::TransactionKind::Read);
+    // The plant units' names come apart (a site has a handful): no lookup per parameter, and
+    // each name is shared by its parameters.
     QHash<int, QString> unitNames;
     qsizetype expected = 0;
     {
@@ -236,35 +224,44 @@ SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int
         rows.exec();
         expected = rows.next() ? qsizetype(rows.integer(0)) : 0;
     }
+    DateTimeTexts times;
     {
-        RowReader rows(*m_sql, u"SELECT " + columns + joins + u" WHERE p.ptype IN "
+        // A list read this way is most of the site: one pass over the parameters in PID order
+        // costs less than finding each through the type index ("+" keeps the index out).
+        RowReader rows(*m_sql, u"SELECT p.pid, p.name, p.ptype, p.plant_unit, NULL, p.units_text,"
+                               u" p.in_error, c.vkind, c.val, c.status, c.time FROM parameters p"
+                               u" LEFT JOIN current_values c ON c.pid = p.pid WHERE +p.ptype IN "
                                    + typeList(types) + u" ORDER BY p.pid");
         rows.exec();
         HeadTexts texts;
-        DateTimeTexts times;
         read.records.reserve(expected);
         read.live.reserve(expected);
-        std::vector<std::vector<std::optional<Value>> *> byColumn;
-        for (const int number : std::as_const(wanted)) {
-            byColumn.push_back(&read.columns[number]);
-            byColumn.back()->reserve(size_t(expected));
-        }
-        constexpr int kFirstAttribute = 11;
         while (rows.next()) {
             ParameterRecord &record = read.records.emplace_back();
             readHead(rows, record, texts);
             if (!rows.isNull(3)) {
                 record.unitName = unitNames.value(record.plantUnit);
             }
-            readLiveRow(rows, 7, read.live.emplace_back(), times);
-            for (size_t i = 0; i < byColumn.size(); ++i) {
-                const int at = kFirstAttribute + 2 * int(i);
-                if (rows.isNull(at)) {
-                    byColumn[i]->emplace_back();
-                } else {
-                    byColumn[i]->emplace_back(
-                        decodeValue(int(rows.integer(at)), rows.utf8(at + 1), times));
-                }
+            readLiveRow(rows, 7, read.live.emplace_back(record.pid, LiveState()).second, times);
+        }
+    }
+    // Each attribute asked for: one walk through its index entries in PID order alongside the
+    // list, instead of a lookup per parameter.
+    for (const int number : std::as_const(wanted)) {
+        std::vector<std::optional<Value>> &column = read.columns[number];
+        column.resize(size_t(read.records.size()));
+        RowReader rows(*m_sql, QStringLiteral("SELECT pid, vkind, val FROM attributes"
+                                              " WHERE number = ? ORDER BY pid"));
+        rows.bind(number);
+        rows.exec();
+        qsizetype at = 0;
+        while (rows.next() && at < read.records.size()) {
+            const qint32 pid = qint32(rows.integer(0));
+            while (at < read.records.size() && read.records[at].pid < pid) {
+                ++at;
+            }
+            if (at < read.records.size() && read.records[at].pid == pid) {
+                column[size_t(at)] = decodeValue(int(rows.integer(1)), rows.utf8(2), times);
             }
         }
     }
@@ -281,7 +278,7 @@ SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int
                 read.records.cbegin(), read.records.cend(), pid,
                 [](const ParameterRecord &record, qint32 p) { return record.pid < p; });
             if (at != read.records.cend() && at->pid == pid) {
-                read.live[at - read.records.cbegin()].changePending = true;
+                read.live[at - read.records.cbegin()].second.changePending = true;
             }
         }
     }

@@ -97,33 +97,38 @@ ParameterList SiteDataInterface::GetPidsOfTypesWith(const QList<int> &types,
         && cache.missingTypes(types).size() == types.size()) {
         // Nothing of the list cached yet: definitions, attributes and live states in one go.
         SiteStore::ListRead read = m_context->store->readList(types, attributes);
-        states.reserve(read.records.size());
-        for (qsizetype i = 0; i < read.records.size(); ++i) {
-            states.append({read.records[i].pid, std::move(read.live[i])});
-        }
+        states = std::move(read.live);
         records = cache.adoptTypes(types, std::move(read.records), std::move(read.columns));
     } else {
         records = cache.ofTypes(types);
         cache.loadAttributes(types, attributes);
         states = m_context->store->liveStatesOfTypes(types);
     }
+    // The list's objects live in one block, which each of them keeps alive: one allocation for
+    // the list rather than one per object.
+    struct Block
+    {
+        std::unique_ptr<std::optional<SiteParameter>[]> objects;
+    };
+    const auto block = std::make_shared<Block>();
+    block->objects = std::make_unique<std::optional<SiteParameter>[]>(size_t(records.size()));
     // Both ascending by PID: one walk pairs them.
-    QList<LiveState> live(records.size());
-    auto state = states.begin();
-    for (qsizetype i = 0; i < records.size(); ++i) {
-        while (state != states.end() && state->first < records[i]->pid) {
-            ++state;
-        }
-        if (state != states.end() && state->first == records[i]->pid) {
-            live[i] = std::move(state->second);
-        }
-    }
     const auto readAt = std::chrono::steady_clock::now();
     ParameterList parameters;
     parameters.reserve(records.size());
+    auto state = states.begin();
     for (qsizetype i = 0; i < records.size(); ++i) {
-        parameters.append(
-            std::make_shared<SiteParameter>(m_context, records[i], std::move(live[i]), readAt));
+        const DefinitionCache::Record &record = records[i];
+        while (state != states.end() && state->first < record->pid) {
+            ++state;
+        }
+        LiveState live;
+        if (state != states.end() && state->first == record->pid) {
+            live = std::move(state->second);
+        }
+        SiteParameter &object
+            = block->objects[size_t(i)].emplace(m_context, record, std::move(live), readAt);
+        parameters.append(ParameterPtr(block, &object));
     }
     return parameters;
 }

@@ -152,7 +152,7 @@ public:
         QList<ParameterRecord> records;
         // By attribute number, each parallel to records; an unset attribute is nullopt.
         std::map<int, std::vector<std::optional<Value>>> columns;
-        QList<LiveState> live; // parallel to records
+        QList<std::pair<qint32, LiveState>> live; // ascending by PID, as liveStatesOfTypes()
     };
     ListRead readList(const QList<int> &types, const QList<int> &numbers);
     std::optional<ParameterRecord> parameter(qint32 pid);

@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QLocale>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -278,16 +279,23 @@ QDateTime dateTimeFromText(const QString &text)
 
 QDateTime DateTimeTexts::fromUtf8(QByteArrayView text)
 {
+    if (text.size() == m_lastSize && std::equal(text.cbegin(), text.cend(), m_lastText.cbegin())) {
+        return m_last;
+    }
     const auto fields = dateTimeFields(text, text.size());
     if (!fields || !fields->packable()) {
         return fields ? fields->toDateTime() : QDateTime();
     }
     const quint64 key = fields->packed();
     auto it = m_seen.constFind(key);
-    if (it != m_seen.constEnd()) {
-        return *it;
+    if (it == m_seen.constEnd()) {
+        it = m_seen.insert(key, fields->toDateTime(&m_offsetChanges));
     }
-    return *m_seen.insert(key, fields->toDateTime(&m_offsetChanges));
+    // A packable text is 23 or 24 bytes long.
+    std::copy(text.cbegin(), text.cend(), m_lastText.begin());
+    m_lastSize = text.size();
+    m_last = *it;
+    return m_last;
 }
 
 StoredValue encodeValue(const Value &value)

@@ -7,6 +7,8 @@
 #include <QString>
 #include <QVariant>
 
+#include <array>
+
 namespace olvex {
 
 // A Value as the store keeps it: its kind in one column and its content as text in another,
@@ -45,6 +47,11 @@ public:
 private:
     QHash<quint64, QDateTime> m_seen;    // by calendar fields, packed
     QHash<qint64, bool> m_offsetChanges; // by Julian day: does the UTC offset change that day?
+    // The text converted last: a column of times mostly repeats the row before (the service
+    // stores a scan's values at one time).
+    std::array<char, 24> m_lastText{};
+    qsizetype m_lastSize = -1;
+    QDateTime m_last;
 };
 
 // decodeValue for a batch read: from the UTF-8 bytes of the text (a null view for SQL NULL),

@@ -336,7 +336,8 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
                 && !value.isZeroDate)
                 counts.allNullOrZero = false;
 
-            out.append(FormatPid(pid));
+            char16_t pidText[kFormattedPidSize];
+            out.append(QStringView(pidText, formatPidInto(pid, pidText)));
             out.append(',');
             out.appendField(units ? units->UnitsText(pid) : QString());
             out.append(',');

@@ -10,7 +10,9 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
+
+#include <algorithm>
+#include <vector>
 
 namespace olvex {
 
@@ -99,11 +101,14 @@ public:
 
     // The site's settings read in one batch: a PID found here is known to exist and to be a
     // setting. Any other PID goes through the directory, with its own checks.
-    void setKnownSettings(const ParameterList &settings)
+    void setKnownSettings(ParameterList settings)
     {
-        m_known.reserve(settings.size());
-        for (const ParameterPtr &setting : settings)
-            m_known.insert(setting->PidNumber(), setting);
+        m_settings = std::move(settings);
+        m_known.reserve(size_t(m_settings.size()));
+        for (const ParameterPtr &setting : std::as_const(m_settings))
+            m_known.emplace_back(setting->PidNumber(), setting.get());
+        if (!std::is_sorted(m_known.cbegin(), m_known.cend(), pidLess))
+            std::sort(m_known.begin(), m_known.end(), pidLess);
     }
 
     void line(int lineNumber, QStringView line, PidDirectory &directory)
@@ -111,8 +116,9 @@ public:
         ++m_counts.total;
         // A line without quotes (nearly every line of a file the export wrote) is cut at its
         // commas in place, as ParseCsvLine would cut it; only a quoted one needs the parser.
-        QString pidText;
-        QStringView valueField;
+        QStringView pidText;
+        QStringView valueField; // trimmed, quotes stripped
+        QString parsedPid;
         QString parsedValue;
         if (!line.contains(u'"')) {
             qsizetype fieldCount = 1;
@@ -121,7 +127,7 @@ public:
                 if (line[i] != u',')
                     continue;
                 if (fieldCount == 1)
-                    pidText = line.left(i).toString();
+                    pidText = line.left(i);
                 else if (fieldCount == 4)
                     valueField = line.mid(from, i - from);
                 ++fieldCount;
@@ -129,6 +135,7 @@ public:
             }
             if (fieldCount == 4)
                 valueField = line.mid(from);
+            valueField = trimBlanks(valueField); // no quotes in the line: none to strip
             if (fieldCount < 4) {
                 ++m_counts.blanks;
                 refuse(lineNumber, line, Severity::Note,
@@ -153,8 +160,9 @@ public:
                                       "enough items."));
                 return;
             }
-            pidText = fields->at(0);
-            parsedValue = fields->at(3);
+            parsedPid = fields->at(0);
+            pidText = parsedPid;
+            parsedValue = StripQuotes(trimBlanks(fields->at(3)).toString());
             valueField = parsedValue;
         }
         const qint32 pid = ParsePid(pidText, false);
@@ -164,16 +172,19 @@ public:
                    QStringLiteral("[CSET-0068] Cannot import setting. Cannot parse PID."));
             return;
         }
-        const QString newText = StripQuotes(trimBlanks(valueField).toString());
+        const QStringView newText = valueField;
         if (newText.isEmpty()) {
             ++m_counts.blanks;
             refuse(lineNumber, line, Severity::Note,
                    QStringLiteral("[CSET-0069] Cannot import setting. Value is blank."));
             return;
         }
-        ParameterPtr setting = m_known.value(pid);
-        if (!setting && directory.PidExists(pid))
-            setting = directory.GetPid(pid, true);
+        Parameter *setting = knownSetting(pid);
+        ParameterPtr looked;
+        if (!setting && directory.PidExists(pid)) {
+            looked = directory.GetPid(pid, true);
+            setting = looked.get();
+        }
         if (!setting) {
             ++m_counts.configErrors;
             refuse(lineNumber, line, Severity::Error,
@@ -201,10 +212,10 @@ public:
         if (m_preview) {
             ++m_counts.modified;
             m_preview->changes.append(
-                {lineNumber, pid, setting->GetName(0), current.text, newText});
+                {lineNumber, pid, setting->GetName(0), current.text, newText.toString()});
             return;
         }
-        if (m_owner.changeSetting(*setting, pid, newText)) {
+        if (m_owner.changeSetting(*setting, pid, newText.toString())) {
             ++m_counts.modified;
         } else {
             ++m_counts.failures;
@@ -216,6 +227,23 @@ public:
     }
 
 private:
+    using Known = std::pair<qint32, Parameter *>;
+    static bool pidLess(const Known &a, const Known &b) { return a.first < b.first; }
+
+    Parameter *knownSetting(qint32 pid)
+    {
+        // A file the export wrote lists the settings in the site's order: the one after the
+        // last found is the likely one.
+        if (m_next < m_known.size() && m_known[m_next].first == pid)
+            return m_known[m_next++].second;
+        const auto at
+            = std::lower_bound(m_known.cbegin(), m_known.cend(), Known{pid, nullptr}, pidLess);
+        if (at == m_known.cend() || at->first != pid)
+            return nullptr;
+        m_next = size_t(at - m_known.cbegin()) + 1;
+        return at->second;
+    }
+
     void refuse(int lineNumber, QStringView line, int severity, const QString &reason)
     {
         if (m_preview)
@@ -227,7 +255,9 @@ private:
     SettingsImportExport &m_owner;
     ImportCounts &m_counts;
     ImportPreview *m_preview;
-    QHash<qint32, ParameterPtr> m_known;
+    ParameterList m_settings;
+    std::vector<Known> m_known; // ascending by PID
+    size_t m_next = 0;
 };
 
 QString SettingsImportExport::GetSiteIdFromLine(const QString &line)

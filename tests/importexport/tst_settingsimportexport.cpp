@@ -324,6 +324,24 @@ TEST_F(TransferTest, EachLineIsCountedAndLogged)
         }
     }
     EXPECT_EQ(data->pidsOfTypesRequests().size(), std::size(cases));
+
+    // A whole file out of the site's order, a PID twice: every line finds its own setting.
+    QStringList lines;
+    Counts sum{};
+    for (auto it = std::rbegin(cases); it != std::rend(cases); ++it) {
+        lines.append(std::get<0>(*it));
+        for (size_t i = 0; i < sum.size(); ++i)
+            sum[i] += std::get<1>(*it)[i];
+    }
+    lines.append(std::get<0>(cases[0]));
+    sum[0] += 1; // total
+    sum[2] += 1; // not changed
+    for (const bool batch : {false, true}) {
+        SCOPED_TRACE(batch ? "batch" : "by PID");
+        transfer.setBatchFromLines(batch ? 0 : 1000000);
+        ASSERT_TRUE(import(lines)) << errorText.toStdString();
+        EXPECT_EQ(all(counts), sum);
+    }
 }
 
 // A long file of refused lines costs a few writes of the log, not one per line; what is held goes
