@@ -159,14 +159,15 @@ std::optional<DefinitionCache::Record> DefinitionCache::cached(qint32 pid)
         ++m_hintIndex;
         return m_hintList->at(m_hintIndex);
     }
+    // Records read one by one first: a hash lookup, where the lists need a search each.
+    const auto it = m_records.constFind(pid);
+    if (it != m_records.constEnd()) {
+        return *it;
+    }
     if (const auto at = listed(pid)) {
         m_hintList = &*m_recordsByType.constFind(at->first);
         m_hintIndex = at->second;
         return m_hintList->at(m_hintIndex);
-    }
-    const auto it = m_records.constFind(pid);
-    if (it != m_records.constEnd()) {
-        return *it;
     }
     return std::nullopt;
 }

@@ -225,6 +225,7 @@ SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int
         expected = rows.next() ? qsizetype(rows.integer(0)) : 0;
     }
     DateTimeTexts times;
+    std::vector<qint32> pids; // of the records
     {
         // A list read this way is most of the site: one pass over the parameters in PID order
         // costs less than finding each through the type index ("+" keeps the index out).
@@ -236,9 +237,11 @@ SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int
         HeadTexts texts;
         read.records.reserve(expected);
         read.live.reserve(expected);
+        pids.reserve(size_t(expected));
         while (rows.next()) {
             ParameterRecord &record = read.records.emplace_back();
             readHead(rows, record, texts);
+            pids.push_back(record.pid);
             if (!rows.isNull(3)) {
                 record.unitName = unitNames.value(record.plantUnit);
             }
@@ -246,24 +249,25 @@ SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int
         }
     }
     // Each attribute asked for: one walk through its index entries in PID order alongside the
-    // list, instead of a lookup per parameter.
+    // list, instead of a lookup per parameter. The walk compares PIDs of a compact copy and
+    // fills the column front to back: the records themselves are too large to stride through.
     for (const int number : std::as_const(wanted)) {
         std::vector<std::optional<Value>> &column = read.columns[number];
-        column.resize(size_t(read.records.size()));
+        column.reserve(pids.size());
         RowReader rows(*m_sql, QStringLiteral("SELECT pid, vkind, val FROM attributes"
                                               " WHERE number = ? ORDER BY pid"));
         rows.bind(number);
         rows.exec();
-        qsizetype at = 0;
-        while (rows.next() && at < read.records.size()) {
+        while (column.size() < pids.size() && rows.next()) {
             const qint32 pid = qint32(rows.integer(0));
-            while (at < read.records.size() && read.records[at].pid < pid) {
-                ++at;
+            while (column.size() < pids.size() && pids[column.size()] < pid) {
+                column.emplace_back();
             }
-            if (at < read.records.size() && read.records[at].pid == pid) {
-                column[size_t(at)] = decodeValue(int(rows.integer(1)), rows.utf8(2), times);
+            if (column.size() < pids.size() && pids[column.size()] == pid) {
+                column.emplace_back(decodeValue(int(rows.integer(1)), rows.utf8(2), times));
             }
         }
+        column.resize(pids.size());
     }
     {
         QSqlQuery &query = m_sql->prepared(
