@@ -31,6 +31,10 @@ int GetPidPart(qint64 pid, int part);
 // Reads the groups from the right; every non-digit separates. With bracketed set, the text must
 // be "[...]" and "[@..." is refused. 0 when the text is no PID.
 qint32 ParsePid(QStringView text, bool bracketed = false);
+inline qint32 ParsePid(const QString &text, bool bracketed = false)
+{
+    return ParsePid(QStringView(text), bracketed);
+}
 
 // 0 when a group is out of range or the result is no valid PID.
 qint32 BuildPid(int a, int b, int c, int d, int e);
