@@ -50,9 +50,9 @@ public:
     // time a type is asked for, one for the live states of the whole list every time.
     ParameterList GetPidsOfTypes(const QList<int> &types) override;
     // The first list of the types reads the definitions, the attributes of the numbers and the
-    // live states in one query, and any other attribute one number at a time for the whole list
-    // when it is first asked for; later lists read the live states and any attribute named not
-    // read yet.
+    // live states in one pass over the site (SiteStore::readList), and any other attribute one
+    // number at a time for the whole list when it is first asked for; later lists read the live
+    // states and any attribute named not read yet.
     ParameterList GetPidsOfTypesWith(const QList<int> &types,
                                      const QList<int> &attributes) override;
     std::shared_ptr<PidDirectory> GetPidDirectory() override;

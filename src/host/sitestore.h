@@ -145,8 +145,10 @@ public:
         Value value;
     };
     QList<AttributeRow> attributesOfTypes(const QList<int> &types, const QList<int> &numbers);
-    // The first read of a list, in one query: the definitions of all parameters of the types
-    // (attributes apart) ascending by PID, the attributes of the numbers, and the live states.
+    // The first read of a list, in one read transaction: the definitions of all parameters of
+    // the types (attributes apart) ascending by PID, the attributes of the numbers, and the live
+    // states. Made for lists that are much of the site: one pass over all parameters, and one
+    // walk through each attribute number's index entries, whatever the list's share.
     struct ListRead
     {
         QList<ParameterRecord> records;

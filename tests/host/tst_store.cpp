@@ -196,11 +196,18 @@ TEST_P(StoreTest, OlderSiteIsMigratedForwardKeepingItsContent)
     ASSERT_TRUE(record);
     expectSame(Value(1), *record->attribute(-14));
     // What the later steps added is there.
-    const QVariant index = store->sql().scalar(
-        isSqlite() ? u"SELECT count(*) FROM sqlite_master WHERE name = 'audit_trail_by_pid'"_s
-                   : u"SELECT count(*) FROM pg_indexes WHERE schemaname ="
-                     u" current_schema() AND indexname = 'audit_trail_by_pid'"_s);
-    EXPECT_EQ(index.toInt(), 1);
+    for (const QString &name : {u"audit_trail_by_pid"_s, u"attributes_by_number"_s}) {
+        const QVariant index = store->sql().scalar(
+            isSqlite() ? u"SELECT count(*) FROM sqlite_master WHERE name = '"_s + name + u"'"
+                       : u"SELECT count(*) FROM pg_indexes WHERE schemaname ="
+                         u" current_schema() AND indexname = '"_s
+                             + name + u"'");
+        EXPECT_EQ(index.toInt(), 1) << name.toStdString();
+    }
+    const SiteStore::ListRead list = store->readList({4}, {-14});
+    ASSERT_EQ(list.records.size(), 1);
+    ASSERT_TRUE(list.columns.at(-14).at(0));
+    expectSame(Value(1), *list.columns.at(-14).at(0));
     SqlConnection raw(parseConnectionText(site()), false);
     EXPECT_EQ(readSchemaVersion(raw), kSchemaVersion);
 }
