@@ -57,7 +57,7 @@ void DefinitionCache::insertTypes(const QList<int> &types, QList<ParameterRecord
         for (const ParameterRecord &record : std::as_const(loaded)) {
             pids.push_back(record.pid); // ascending
         }
-        batch = std::make_shared<AttributeBatch>(m_store, types, std::move(pids));
+        batch = std::make_shared<AttributeBatch>(m_store, std::move(pids));
         for (auto &[number, values] : *columns) {
             batch->adopt(number, std::move(values));
         }

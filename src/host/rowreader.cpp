@@ -112,11 +112,8 @@ QString RowReader::text(int column) const
 {
 #ifdef OLVEX_HAVE_SQLITE3
     if (m_sqlite) {
-        const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_sqlite, column));
-        if (!data) {
-            return QString();
-        }
-        return QString::fromUtf8(data, sqlite3_column_bytes(m_sqlite, column));
+        const QByteArrayView bytes = utf8(column);
+        return bytes.isNull() ? QString() : QString::fromUtf8(bytes);
     }
 #endif
     return m_query->value(column).toString();
@@ -143,11 +140,10 @@ QString RowReader::text(int column, Repeated &previous) const
 {
 #ifdef OLVEX_HAVE_SQLITE3
     if (m_sqlite) {
-        const auto *data = reinterpret_cast<const char *>(sqlite3_column_text(m_sqlite, column));
-        if (!data) {
+        const QByteArrayView bytes = utf8(column);
+        if (bytes.isNull()) {
             return QString();
         }
-        const QByteArrayView bytes(data, sqlite3_column_bytes(m_sqlite, column));
         if (!previous.set || previous.utf8 != bytes) {
             previous.utf8 = bytes.toByteArray();
             previous.text = QString::fromUtf8(bytes);

@@ -173,38 +173,47 @@ QList<ParameterRecord> SiteStore::parametersOfTypes(const QList<int> &types)
     return records;
 }
 
-QList<SiteStore::AttributeRow> SiteStore::attributesOfTypes(const QList<int> &types,
-                                                            const QList<int> &numbers)
+std::map<int, SiteStore::AttributeColumn>
+SiteStore::attributeColumns(const std::vector<qint32> &pids, const QList<int> &numbers)
 {
-    QList<AttributeRow> found;
-    if (numbers.isEmpty()) {
-        return found;
+    // The walk compares PIDs of a compact list and fills each column front to back: records
+    // are too large to stride through once per number.
+    std::map<int, AttributeColumn> columns;
+    // One statement reads one snapshot by itself; several share a transaction.
+    std::optional<Transaction> transaction;
+    if (numbers.size() > 1) {
+        transaction.emplace(*m_sql, SqlConnection::TransactionKind::Read);
     }
-    // The parameters drive the join through their type index, each looked up in the
-    // attributes' primary key: a few lookups per parameter instead of a pass over every
-    // attribute of the site.
-    RowReader rows(*m_sql, u"SELECT a.pid, a.number, a.vkind, a.val FROM parameters p"
-                           u" CROSS JOIN attributes a WHERE a.pid = p.pid AND p.ptype IN "
-                               + typeList(types) + u" AND a.number IN " + typeList(numbers));
-    rows.exec();
     DateTimeTexts times;
-    while (rows.next()) {
-        AttributeRow &row = found.emplace_back();
-        row.pid = qint32(rows.integer(0));
-        row.number = int(rows.integer(1));
-        row.value = decodeValue(int(rows.integer(2)), rows.utf8(3), times);
+    for (const int number : numbers) {
+        if (columns.count(number) != 0) {
+            continue;
+        }
+        AttributeColumn &column = columns[number];
+        column.reserve(pids.size());
+        RowReader rows(*m_sql, QStringLiteral("SELECT pid, vkind, val FROM attributes"
+                                              " WHERE number = ? ORDER BY pid"));
+        rows.bind(number);
+        rows.exec();
+        while (column.size() < pids.size() && rows.next()) {
+            const qint32 pid = qint32(rows.integer(0));
+            while (column.size() < pids.size() && pids[column.size()] < pid) {
+                column.emplace_back();
+            }
+            if (column.size() < pids.size() && pids[column.size()] == pid) {
+                column.emplace_back(decodeValue(int(rows.integer(1)), rows.utf8(2), times));
+            }
+        }
+        column.resize(pids.size());
     }
-    return found;
+    if (transaction) {
+        transaction->commit();
+    }
+    return columns;
 }
 
 SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int> &numbers)
 {
-    QList<int> wanted;
-    for (const int number : numbers) {
-        if (!wanted.contains(number)) {
-            wanted.append(number);
-        }
-    }
     ListRead read;
     Transaction transaction(*m_sql, SqlConnection::TransactionKind::Read);
     // The plant units' names come apart (a site has a handful): no lookup per parameter, and
@@ -248,27 +257,7 @@ SiteStore::ListRead SiteStore::readList(const QList<int> &types, const QList<int
             readLiveRow(rows, 7, read.live.emplace_back(record.pid, LiveState()).second, times);
         }
     }
-    // Each attribute asked for: one walk through its index entries in PID order alongside the
-    // list, instead of a lookup per parameter. The walk compares PIDs of a compact copy and
-    // fills the column front to back: the records themselves are too large to stride through.
-    for (const int number : std::as_const(wanted)) {
-        std::vector<std::optional<Value>> &column = read.columns[number];
-        column.reserve(pids.size());
-        RowReader rows(*m_sql, QStringLiteral("SELECT pid, vkind, val FROM attributes"
-                                              " WHERE number = ? ORDER BY pid"));
-        rows.bind(number);
-        rows.exec();
-        while (column.size() < pids.size() && rows.next()) {
-            const qint32 pid = qint32(rows.integer(0));
-            while (column.size() < pids.size() && pids[column.size()] < pid) {
-                column.emplace_back();
-            }
-            if (column.size() < pids.size() && pids[column.size()] == pid) {
-                column.emplace_back(decodeValue(int(rows.integer(1)), rows.utf8(2), times));
-            }
-        }
-        column.resize(pids.size());
-    }
+    read.columns = attributeColumns(pids, numbers);
     {
         QSqlQuery &query = m_sql->prepared(
             u"SELECT DISTINCT w.pid FROM pending_writes w CROSS JOIN parameters p"

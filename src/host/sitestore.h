@@ -136,15 +136,13 @@ public:
 
     // Definitions, batched: all parameters of the types, ascending by PID, with every attribute.
     QList<ParameterRecord> parametersOfTypes(const QList<int> &types);
-    // The attributes of the numbers of all parameters of the types, in one query; in no
-    // particular order.
-    struct AttributeRow
-    {
-        qint32 pid = 0;
-        int number = 0;
-        Value value;
-    };
-    QList<AttributeRow> attributesOfTypes(const QList<int> &types, const QList<int> &numbers);
+    // The attributes of the numbers of the parameters pids (ascending), in one read transaction:
+    // by number, each column parallel to pids, an unset attribute nullopt. One walk through each
+    // number's index entries in PID order, whatever the share of the site pids are: for lists
+    // that are much of it.
+    using AttributeColumn = std::vector<std::optional<Value>>;
+    std::map<int, AttributeColumn> attributeColumns(const std::vector<qint32> &pids,
+                                                    const QList<int> &numbers);
     // The first read of a list, in one read transaction: the definitions of all parameters of
     // the types (attributes apart) ascending by PID, the attributes of the numbers, and the live
     // states. Made for lists that are much of the site: one pass over all parameters, and one
@@ -153,7 +151,7 @@ public:
     {
         QList<ParameterRecord> records;
         // By attribute number, each parallel to records; an unset attribute is nullopt.
-        std::map<int, std::vector<std::optional<Value>>> columns;
+        std::map<int, AttributeColumn> columns;
         QList<std::pair<qint32, LiveState>> live; // ascending by PID, as liveStatesOfTypes()
     };
     ListRead readList(const QList<int> &types, const QList<int> &numbers);

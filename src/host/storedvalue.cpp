@@ -150,34 +150,7 @@ QString doubleToText(double d)
 // The stored form of an ordinary double ("-12.5", "1.25e-07") read with std::from_chars, which
 // is several times faster than QString::toDouble and rounds the same (both exactly). Anything
 // else, and results where the two could disagree on what counts as out of range, is left to Qt.
-std::optional<double> plainDoubleFromText(const QString &text)
-{
-    std::array<char, 32> buf;
-    if (text.isEmpty() || text.size() > qsizetype(buf.size())) {
-        return std::nullopt;
-    }
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        const char16_t c = text[i].unicode();
-        const bool allowed = (c >= u'0' && c <= u'9') || c == u'.' || c == u'e' || c == u'E'
-                             || c == u'+' || c == u'-';
-        if (!allowed) {
-            return std::nullopt;
-        }
-        buf[size_t(i)] = char(c);
-    }
-    if (buf[0] == '+') {
-        return std::nullopt;
-    }
-    double d = 0;
-    const char *end = buf.data() + text.size();
-    const auto [ptr, ec] = std::from_chars(buf.data(), end, d);
-    if (ec != std::errc() || ptr != end || !(std::isnormal(d) || d == 0)) {
-        return std::nullopt;
-    }
-    return d;
-}
-
-// plainDoubleFromText over the UTF-8 bytes of the text.
+// The text as UTF-8 bytes.
 std::optional<double> plainDoubleFromUtf8(QByteArrayView text)
 {
     if (text.isEmpty() || text.size() > 32 || text.front() == '+') {
@@ -197,6 +170,23 @@ std::optional<double> plainDoubleFromUtf8(QByteArrayView text)
         return std::nullopt;
     }
     return d;
+}
+
+// plainDoubleFromUtf8 of a QString: only ASCII can be a plain double.
+std::optional<double> plainDoubleFromText(const QString &text)
+{
+    std::array<char, 32> buf;
+    if (text.size() > qsizetype(buf.size())) {
+        return std::nullopt;
+    }
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        if (c >= 0x80) {
+            return std::nullopt;
+        }
+        buf[size_t(i)] = char(c);
+    }
+    return plainDoubleFromUtf8(QByteArrayView(buf.data(), text.size()));
 }
 
 std::optional<double> doubleFromText(const QString &text)
