@@ -8,7 +8,7 @@
 #include "host/sitebuilder.h"
 #include "host/sitedatainterface.h"
 #include "host/sitestore.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/widgets/disettings.h"
 #include "settings/widgets/settinggroups.h"
 

@@ -4,7 +4,7 @@
 // connection.
 #include "host/demosite.h"
 #include "host/sitedatainterface.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 #include <benchmark/benchmark.h>
 

@@ -26,21 +26,35 @@ QDateTime local(const QDateTime &naiveValue)
     return QDateTime(naiveValue.date(), naiveValue.time());
 }
 
-// Removes Qt's time-zone token ('t' outside quotes) and the blanks it leaves behind.
+// Removes Qt's time-zone token ('t' to 'tttt' outside quotes) with what only stands there for it:
+// brackets around it ("(t)", "[t]") and the blank before it. The system's times carry no zone.
 QString withoutTimeZone(const QString &pattern)
 {
     QString out;
     bool quoted = false;
-    for (const QChar c : pattern) {
+    for (qsizetype i = 0; i < pattern.size(); ++i) {
+        const QChar c = pattern.at(i);
         if (c == u'\'') {
             quoted = !quoted;
         }
-        if (!quoted && c == u't') {
+        if (quoted || c != u't') {
+            out.append(c);
             continue;
         }
-        out.append(c);
+        while (i + 1 < pattern.size() && pattern.at(i + 1) == u't') {
+            ++i;
+        }
+        const QChar next = i + 1 < pattern.size() ? pattern.at(i + 1) : QChar();
+        if (!out.isEmpty()
+            && ((out.back() == u'(' && next == u')') || (out.back() == u'[' && next == u']'))) {
+            out.chop(1);
+            ++i;
+        }
+        while (!out.isEmpty() && out.back().isSpace()) {
+            out.chop(1);
+        }
     }
-    return out.simplified();
+    return out.trimmed();
 }
 
 // Two-digit years are ambiguous in emission records; dates always show four.

@@ -8,6 +8,7 @@
 // description.
 
 #include "common/value.h"
+#include "common/vocabulary.h"
 
 #include <QDateTime>
 #include <QList>
@@ -18,20 +19,6 @@
 #include <optional>
 
 namespace olvex {
-
-// Parameter types the components ask for.
-namespace ParameterTypes {
-inline constexpr int Setting = 4;
-inline constexpr int SettingGroup = 5;
-inline constexpr int Calibration = 62;
-inline constexpr int GasCylinder = 79;
-} // namespace ParameterTypes
-
-// Message log severities.
-namespace Severity {
-inline constexpr int Note = 1;
-inline constexpr int Error = 4;
-} // namespace Severity
 
 struct LogLine
 {
@@ -262,13 +249,5 @@ public:
         = 0;
     virtual bool CanChangeSetting(qint32 pid, bool defined) = 0;
 };
-
-// Privileges the components ask for by number.
-namespace Privileges {
-inline constexpr int ImportSettings = 250;
-} // namespace Privileges
-
-// Interval-timer status codes and current-data statuses the components read.
-inline constexpr int kStatusExpired = 71;
 
 } // namespace olvex

@@ -189,16 +189,15 @@ QList<Item> list(SiteStore &store, const QString &table, const QString &columns,
 // the list follows, in the same transaction, so the cylinder list never shows an old value.
 void refreshCylinderGases(SiteStore &store, qint32 gasPid, const Value &value, const Actor &who)
 {
-    constexpr int kComponentGases = -312;
-    constexpr int kGasPids = -46;
     // Most writes are of no cylinder's gas: one indexed look at the cylinders' gas lists (whose
     // stored form holds each PID as "pid") settles that.
     QList<qint32> cylinders;
     {
         SqlConnection &sql = store.sql();
-        QSqlQuery &query = sql.prepared(QStringLiteral(
-            "SELECT p.pid FROM parameters p JOIN attributes a ON a.pid = p.pid AND a.number = -46"
-            " WHERE p.ptype = 79 AND a.val LIKE ?"));
+        QSqlQuery &query = sql.prepared(
+            u"SELECT p.pid FROM parameters p JOIN attributes a ON a.pid = p.pid AND a.number = "
+            + QString::number(CylinderAttr::GasPids) + u" WHERE p.ptype = "
+            + QString::number(ParameterTypes::GasCylinder) + u" AND a.val LIKE ?");
         QueryScope scope(query);
         query.addBindValue(QString(u"%\"" + QString::number(gasPid) + u"\"%"));
         sql.exec(query);
@@ -212,8 +211,8 @@ void refreshCylinderGases(SiteStore &store, qint32 gasPid, const Value &value, c
             continue;
         }
         const ParameterRecord &cylinder = *found;
-        const Value *members = cylinder.attribute(kGasPids);
-        const Value *listed = cylinder.attribute(kComponentGases);
+        const Value *members = cylinder.attribute(CylinderAttr::GasPids);
+        const Value *listed = cylinder.attribute(CylinderAttr::ComponentGases);
         if (!members || !listed) {
             continue;
         }
@@ -235,7 +234,7 @@ void refreshCylinderGases(SiteStore &store, qint32 gasPid, const Value &value, c
             changed = true;
         }
         if (changed) {
-            store.setAttribute(cylinder.pid, kComponentGases, Value(entries.join(u';')), who,
+            store.setAttribute(cylinder.pid, CylinderAttr::ComponentGases, Value(entries.join(u';')), who,
                                QStringLiteral("component gas value"));
         }
     }

@@ -3,21 +3,11 @@
 // calibration checks made with them.
 #include "common/pid.h"
 #include "host/demosite_p.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 namespace olvex::demo {
 
 namespace {
-
-// Attributes of calibration parameters and cylinders.
-constexpr int kSupportsConfirmation = -159;
-constexpr int kCylinderId = -306;
-constexpr int kExpiration = -307;
-constexpr int kVendorId = -308;
-constexpr int kGasCodes = -309;
-constexpr int kPressure = -310;
-constexpr int kPressureUnit = -311;
-constexpr int kComponentGases = -312;
 
 constexpr int kCylinderSystem = 201;
 
@@ -175,7 +165,7 @@ QList<qint32> addCalibration(SiteBuilder &builder, const QDateTime &now)
     for (const Cal &cal : cals) {
         builder.addParameter(cal.pid, cal.name, ParameterTypes::Calibration, cal.unit, QString(),
                              cal.inError);
-        builder.setAttribute(cal.pid, kSupportsConfirmation, Value(cal.confirmation));
+        builder.setAttribute(cal.pid, CalibrationAttr::SupportsConfirmation, Value(cal.confirmation));
         const QString record = calStartRecord(cal.record, now);
         builder.setCurrentValue(cal.pid, Value(record));
         builder.setCurrentData(cal.pid, QStringLiteral("1m"), cal.dataEmpty ? QString() : record,
@@ -226,12 +216,12 @@ QList<qint32> addCalibration(SiteBuilder &builder, const QDateTime &now)
         const qint32 pid = BuildPid(0, kCylinderSystem, 7, 0, c + 1);
         builder.addParameter(pid, cyl.name, ParameterTypes::GasCylinder);
         const QDateTime expiration(now.date().addDays(cyl.expiresInDays), QTime(0, 0));
-        builder.setAttribute(pid, kCylinderId, Value(cyl.id));
-        builder.setAttribute(pid, kExpiration, Value(expiration));
-        builder.setAttribute(pid, kVendorId, Value(cyl.vendor));
-        builder.setAttribute(pid, kGasCodes, Value(cyl.codes));
-        builder.setAttribute(pid, kPressure, cyl.pressure);
-        builder.setAttribute(pid, kPressureUnit, Value(QStringLiteral("psig")));
+        builder.setAttribute(pid, CylinderAttr::CylinderId, Value(cyl.id));
+        builder.setAttribute(pid, CylinderAttr::Expiration, Value(expiration));
+        builder.setAttribute(pid, CylinderAttr::VendorId, Value(cyl.vendor));
+        builder.setAttribute(pid, CylinderAttr::GasCodes, Value(cyl.codes));
+        builder.setAttribute(pid, CylinderAttr::Pressure, cyl.pressure);
+        builder.setAttribute(pid, CylinderAttr::PressureUnit, Value(QStringLiteral("psig")));
         QStringList entries;
         QList<Value> members;
         for (int g = 0; g < cyl.gases.size(); ++g) {
@@ -249,7 +239,7 @@ QList<qint32> addCalibration(SiteBuilder &builder, const QDateTime &now)
             addSetting(builder, gasPid, 0, spec);
             gasSettings.append(gasPid);
         }
-        builder.setAttribute(pid, kComponentGases, Value(entries.join(u';')));
+        builder.setAttribute(pid, CylinderAttr::ComponentGases, Value(entries.join(u';')));
         builder.setAttribute(pid, GroupAttr::Members, Value(std::move(members)));
         builder.setCurrentValue(pid, Value(cyl.id));
 

@@ -3,7 +3,7 @@
 #include "common/datetime.h"
 #include "common/pid.h"
 #include "host/demosite_p.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 namespace olvex::demo {
 

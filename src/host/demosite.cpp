@@ -4,7 +4,7 @@
 #include "common/pid.h"
 #include "host/demosite_p.h"
 #include "host/sitesecurity.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 #include <cmath>
 
@@ -182,7 +182,7 @@ QList<AlarmSpec> monitorAlarms(const Monitor &m)
 
 void addAlarm(SiteBuilder &builder, qint32 pid, int unit, const AlarmSpec &spec)
 {
-    builder.addParameter(pid, spec.name, kAlarmParameterType, unit, spec.units);
+    builder.addParameter(pid, spec.name, ParameterTypes::Alarm, unit, spec.units);
     builder.setAttribute(pid, SettingAttr::SetpointHH, spec.hh);
     builder.setAttribute(pid, SettingAttr::SetpointH, spec.h);
     builder.setAttribute(pid, SettingAttr::SetpointL, spec.l);
@@ -453,7 +453,7 @@ void buildDemoSite(SiteStore &store, const DemoOptions &options)
     builder.addPlantUnit(2, QStringLiteral("Unit 2"));
     builder.addUser(QStringLiteral("admin"), QStringLiteral("Site Administrator"), true);
     builder.addUser(QStringLiteral("operator"), QStringLiteral("Control Room Operator"), false,
-                    {HostPrivileges::ChangeSettings});
+                    {Privileges::ChangeSettings});
     builder.addUser(QStringLiteral("viewer"), QStringLiteral("Read-Only Viewer"), false);
 
     addUnit(builder, 1, {{kSO2, 1}, {kNOx, 2}, {kCO2, 3}, {kO2, 4}, {kCO, 5}, {kFlow, 10}}, 10,

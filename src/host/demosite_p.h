@@ -12,9 +12,6 @@
 
 namespace olvex::demo {
 
-// Parameter types of the demo besides the ones the components ask for.
-inline constexpr int kAlarmParameterType = 2;
-
 struct SettingSpec
 {
     SettingSpec() = default;

@@ -2,7 +2,7 @@
 
 #include "common/error.h"
 #include "host/storeerrors.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/settingentry.h"
 
 namespace olvex {

@@ -8,7 +8,7 @@
 #include "host/settingvalue.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 #include <QSqlQuery>
 

@@ -36,7 +36,7 @@ bool SiteSecurity::CanChangeSetting(qint32 pid, bool defined)
     }
     try {
         const auto user = m_store->user(m_userName);
-        return user && user->has(HostPrivileges::ChangeSettings) && m_store->parameterExists(pid);
+        return user && user->has(Privileges::ChangeSettings) && m_store->parameterExists(pid);
     } catch (...) {
         return false;
     }

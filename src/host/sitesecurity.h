@@ -8,13 +8,6 @@ namespace olvex {
 
 class SiteStore;
 
-// Privilege numbers the reference host grants besides the ones the components ask for by
-// number (host.h).
-namespace HostPrivileges {
-// May change setting values and calibration settings (CanChangeSetting).
-inline constexpr int ChangeSettings = 210;
-} // namespace HostPrivileges
-
 // The security object of the reference host: answers for one user of the site, from the
 // privileges the site grants that user now. It refuses everything until Initialize has found
 // the site and the user, and whenever it cannot tell (fails closed).
@@ -28,7 +21,7 @@ public:
 
     void Initialize(const QString &text1, const QString &text2, const QString &text3,
                     const QString &text4, const QString &clientName, int flags) override;
-    // True only for a defined PID and a user holding HostPrivileges::ChangeSettings (or every
+    // True only for a defined PID and a user holding Privileges::ChangeSettings (or every
     // privilege).
     bool CanChangeSetting(qint32 pid, bool defined) override;
 

@@ -6,11 +6,6 @@
 
 namespace olvex::settingrules {
 
-// Attributes of a setting definition.
-inline constexpr int kAttrChangeable = -10;
-inline constexpr int kAttrDataType = -14;
-inline constexpr int kAttrDefault = -19;
-
 // A setting is read only when its changeable flag says no. An unset (Null) flag is no refusal:
 // the data interface then leaves the decision to the service.
 inline bool isReadOnly(const Value &changeable)

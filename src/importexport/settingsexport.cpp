@@ -19,9 +19,9 @@ namespace olvex {
 namespace {
 
 using settingrules::isReadOnly;
-using settingrules::kAttrChangeable;
-using settingrules::kAttrDataType;
-using settingrules::kAttrDefault;
+using SettingAttr::Changeable;
+using SettingAttr::DataType;
+using SettingAttr::DefaultValue;
 
 // Value data types that decide how a date value is written.
 constexpr int kTypeDate = 2;
@@ -282,7 +282,7 @@ SettingValueText SettingsImportExport::GetSettingValueText(const Parameter &para
     const QDateTime when = *value.toDateTime();
     result.isZeroDate = isZeroDate(when);
     std::optional<QString> fixed;
-    switch (parameter.GetAttribute(kAttrDataType).toInteger().value_or(0)) {
+    switch (parameter.GetAttribute(SettingAttr::DataType).toInteger().value_or(0)) {
     case kTypeDateTime:
         fixed = fixedDateTimeText(when, true, true);
         result.text = fixed ? *fixed : when.toString(QStringLiteral("yyyy/MM/dd HH:mm:ss"));
@@ -317,7 +317,7 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
         out.writeLine(u";PID,UNIT,SETTING,VALUE,DEFAULT");
 
         const ParameterList settings = m_data->GetPidsOfTypesWith(
-            {ParameterTypes::Setting}, {kAttrDefault, kAttrDataType, kAttrChangeable});
+            {ParameterTypes::Setting}, {SettingAttr::DefaultValue, SettingAttr::DataType, SettingAttr::Changeable});
         counts.count = int(settings.size());
         const auto units = m_data->GetUnitsLookup();
         if (!reportProgress(0, counts.count))
@@ -345,8 +345,8 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
             out.append(',');
             out.appendField(value.text);
             out.append(',');
-            out.appendField(defaults.text(setting.GetAttribute(kAttrDefault)));
-            if (isReadOnly(setting.GetAttribute(kAttrChangeable)))
+            out.appendField(defaults.text(setting.GetAttribute(SettingAttr::DefaultValue)));
+            if (isReadOnly(setting.GetAttribute(SettingAttr::Changeable)))
                 out.append(QStringView(u",Read only"));
             out.endLine();
         }

@@ -198,7 +198,7 @@ public:
                        "[CSET-0071] Cannot import setting. PID is not a Setting parameter."));
             return;
         }
-        if (settingrules::isReadOnly(setting->GetAttribute(settingrules::kAttrChangeable))) {
+        if (settingrules::isReadOnly(setting->GetAttribute(SettingAttr::Changeable))) {
             ++m_counts.readOnly;
             refuse(lineNumber, line, Severity::Error,
                    QStringLiteral("[CSET-0072] Cannot import setting. Setting is read-only."));
@@ -416,7 +416,7 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
         if (lines >= m_batchFromLines)
             import.setKnownSettings(m_data->GetPidsOfTypesWith(
                 {ParameterTypes::Setting},
-                {settingrules::kAttrChangeable, settingrules::kAttrDataType}));
+                {SettingAttr::Changeable, SettingAttr::DataType}));
         if (!reportProgress(reader.lineNumber(), lines))
             return cancelledAt(reader.lineNumber(), errorText);
         while (reader.next(rawLine)) {

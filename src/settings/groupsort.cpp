@@ -1,6 +1,6 @@
 #include "settings/groupsort.h"
 
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 #include <QHash>
 

@@ -3,7 +3,7 @@
 #include "common/datetime.h"
 #include "common/error.h"
 #include "common/pid.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 #include <algorithm>
 #include <functional>

@@ -2,7 +2,7 @@
 
 #include "common/datetime.h"
 #include "common/text.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 #include <QLocale>
 

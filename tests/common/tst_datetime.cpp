@@ -42,6 +42,32 @@ TEST(DateTime, DateTimeTextFollowsTheLocalesClock)
     QLocale::setDefault(us); // the suite's locale
 }
 
+// Where a locale's long time carries a zone in brackets ("H:mm:ss (t)" in es_ES, "[t]" in zh_TW),
+// the zone goes with its brackets: no empty pair and no trailing blank is left in any locale.
+TEST(DateTime, LongTimeLeavesNothingOfTheZone)
+{
+    const QLocale us(QLocale::English, QLocale::UnitedStates);
+    const QDateTime morning = at(2024, 1, 5, 9, 5, 7);
+    QLocale::setDefault(QLocale(QLocale::Spanish, QLocale::Spain));
+    EXPECT_EQ(DateTimeText(morning, 1), QStringLiteral("9:05:07"));
+    EXPECT_EQ(DateTimeText(morning, 11), QStringLiteral("5/1/2024 9:05:07"));
+    const QList<QLocale> all = QLocale::matchingLocales(QLocale::AnyLanguage, QLocale::AnyScript,
+                                                        QLocale::AnyTerritory);
+    for (const QLocale &locale : all) {
+        QLocale::setDefault(locale);
+        for (const int style : {1, 11}) {
+            QString text = DateTimeText(morning, style);
+            EXPECT_FALSE(text.endsWith(u' ') || text.back().isSpace())
+                << locale.name().toStdString() << " style " << style;
+            text.remove(u' ');
+            EXPECT_FALSE(text.contains(u"()") || text.contains(u"[]"))
+                << locale.name().toStdString() << " style " << style << ": "
+                << DateTimeText(morning, style).toStdString();
+        }
+    }
+    QLocale::setDefault(us);
+}
+
 TEST(DateTime, DateAddWholeKeepsWholeSeconds)
 {
     const std::tuple<const char *, int, QDateTime, QDateTime> cases[] = {

@@ -7,7 +7,7 @@
 #include "host/demosite.h"
 #include "host/sitedatainterface.h"
 #include "host/storedvalue.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 #include <QSqlQuery>
 

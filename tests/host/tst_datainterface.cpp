@@ -10,7 +10,7 @@
 #include "host/sitesecurity.h"
 #include "host/siteservices.h"
 #include "host/storeerrors.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/settingdisplay.h"
 
 #include <QSqlQuery>
@@ -386,7 +386,7 @@ TEST_P(DataInterfaceTest, UsersHoldTheirPrivilegesAndSecurityFailsClosed)
         auto di = as(c.user);
         auto user = di->GetUser();
         EXPECT_EQ(user->UserName().toLower(), c.user.toLower());
-        EXPECT_EQ(user->HasPrivilege(HostPrivileges::ChangeSettings), c.changes);
+        EXPECT_EQ(user->HasPrivilege(Privileges::ChangeSettings), c.changes);
         EXPECT_EQ(user->HasPrivilege(Privileges::ImportSettings), c.imports);
 
         SiteSecurity security(c.user);

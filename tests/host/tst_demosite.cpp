@@ -5,7 +5,7 @@
 #include "common/xml.h"
 #include "host/demosite.h"
 #include "host/sitedatainterface.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 
 #include <QSet>
 

@@ -1,6 +1,6 @@
 // The order of the setting group tree: parents first, siblings by order number, then name.
 #include "settings/groupsort.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "support/fake_data_interface.h"
 
 #include <gtest/gtest.h>

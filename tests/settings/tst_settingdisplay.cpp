@@ -1,5 +1,5 @@
 // How setting values read on screen, and which ones are reported as not fitting their type.
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/settingdisplay.h"
 #include "support/fake_log.h"
 #include "support/fake_parameter.h"

@@ -6,7 +6,7 @@
 #include "common/widgets/keyedtree.h"
 #include "importexport/widgets/disettingsimportexport.h"
 #include "monitorwindow.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/widgets/disettings.h"
 #include "settings/widgets/settinggroups.h"
 

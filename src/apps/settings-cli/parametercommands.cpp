@@ -8,7 +8,7 @@
 #include "host/sitedatainterface.h"
 #include "host/sitesecurity.h"
 #include "host/sitestore.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/settingdisplay.h"
 #include "settings/settingentry.h"
 

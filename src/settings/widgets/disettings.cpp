@@ -7,7 +7,7 @@
 #include "common/widgets/uiservices.h"
 #include "settings/alarmsetpoints.h"
 #include "settings/rtftohtml.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/settingdisplay.h"
 #include "settings/widgets/settinggroups.h"
 #include "settings/widgets/settingicons.h"

@@ -6,7 +6,7 @@
 #include "common/widgets/reportlist.h"
 #include "common/widgets/uiservices.h"
 #include "settings/alarmsetpoints.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/settingdisplay.h"
 #include "settings/settingentry.h"
 #include "settings/widgets/frmsettings_alarmsetpoints.h"

@@ -3,7 +3,7 @@
 #include "common/pid.h"
 #include "common/widgets/keyedtree.h"
 #include "settings/groupsort.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/widgets/settingicons.h"
 
 #include <QHash>

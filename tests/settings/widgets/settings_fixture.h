@@ -3,7 +3,7 @@
 // A settings editor on an in-memory site, with a scripted operator.
 #include "common/widgets/keyedtree.h"
 #include "common/widgets/reportlist.h"
-#include "settings/settingattributes.h"
+#include "common/vocabulary.h"
 #include "settings/widgets/disettings.h"
 #include "settings/widgets/frmsettings_alarmsetpoints.h"
 #include "settings/widgets/frmsettings_getnumber.h"
