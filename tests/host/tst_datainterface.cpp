@@ -367,12 +367,11 @@ TEST_P(DataInterfaceTest, MessageRecordsGoIntoTheQueueWithTheirSender)
 
     const QList<CommandRecord> queued = CommandQueue(*m_store).commands();
     ASSERT_EQ(queued.size(), 1);
-    EXPECT_EQ(queued[0].text, text);
-    EXPECT_EQ(queued[0].recordType, u"Q1DRCOMMAND-CAL"_s);
-    EXPECT_EQ(queued[0].sourceCode, u"CSET-0096"_s);
-    EXPECT_EQ(queued[0].userName, u"operator"_s);
-    EXPECT_EQ(queued[0].clientAddress, di->ClientAddress());
-    EXPECT_EQ(queued[0].state, QueueItem::State::Queued);
+    const CommandRecord &q = queued[0];
+    EXPECT_EQ((QStringList{q.text, q.recordType, q.sourceCode, q.userName, q.clientAddress}),
+              (QStringList{text, u"Q1DRCOMMAND-CAL"_s, u"CSET-0096"_s, u"operator"_s,
+                           di->ClientAddress()}));
+    EXPECT_EQ(q.state, QueueItem::State::Queued);
 }
 
 TEST_P(DataInterfaceTest, CurrentDataChannelsAndLogAnswerFromTheSite)
