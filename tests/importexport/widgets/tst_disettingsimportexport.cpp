@@ -79,7 +79,7 @@ protected:
     DISettingsImportExport panel{&ui};
 };
 
-TEST_F(PanelTest, ControlsSayWhyTheyAreDisabled)
+TEST_F(PanelTest, ControlsSayWhyTheyAreDisabledAndFileChoosersFillTheirBoxes)
 {
     EXPECT_EQ(child<QCheckBox>("chkOpenExportedFile")->text(), "Open file after saving");
     EXPECT_EQ(box("txtExportFile")->text(),
@@ -103,12 +103,10 @@ TEST_F(PanelTest, ControlsSayWhyTheyAreDisabled)
     box("txtImportFile")->setText("x.csv");
     EXPECT_TRUE(child<QPushButton>("cmdImport")->isEnabled());
     EXPECT_TRUE(child<QPushButton>("cmdPreviewImport")->isEnabled());
-}
 
-TEST_F(PanelTest, FileChoosers)
-{
+    // The file choosers: a cancelled one leaves the box as it was.
     const QString proposed = box("txtExportFile")->text();
-    click("cmdGetExportFilename"); // cancelled: the name stays
+    click("cmdGetExportFilename");
     EXPECT_EQ(box("txtExportFile")->text(), proposed);
     ui.queueSaveFileName(dir.filePath("out.csv"));
     click("cmdGetExportFilename");
