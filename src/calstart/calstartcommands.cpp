@@ -1,6 +1,7 @@
 #include "calstart/calstartcommands.h"
 
 #include "calstart/calstartrecord.h"
+#include "calstart/calstartrules.h"
 #include "common/command.h"
 #include "common/datetime.h"
 #include "common/host.h"
@@ -102,6 +103,27 @@ bool buttonAction(DataInterface &dataInterface, MessageLog *log, qint32 pid,
 }
 
 } // namespace
+
+CalStartEntry CalStartEntryFromRecord(const CalStartRecord &r)
+{
+    CalStartEntry e;
+    e.disableAutoCal = !r.calEnabled;
+    e.startTime = r.calStartTimeUser ? calStartTimeText(*r.calStartTimeUser) : QString();
+    e.skipIfOffline = r.skipIfOffline;
+    e.skipDailyCalIfOnlineCalExists = r.skipDailyCalIfOnlineCalExists;
+    e.startupDelay = r.calDelayMinutes;
+    e.normalOpsDelay = r.calDelayMinutes;
+    e.calAfterStartup = r.calAfterStartup;
+    e.calAfterEnterNormalOps = !r.calAfterStartup && r.calAfterEnterNormalOps;
+    e.skipStartupCalIfOnlineCalExists = r.skipStartupCalIfOnlineCalExists;
+    e.calEvery26OpHours = r.calEvery26OpHours;
+    if (r.calConfirmSupported) {
+        e.calConfirmEnabled = r.calConfirmEnabled;
+        e.confirmTimeout = r.calConfirmTimeout;
+        e.runOnTimeout = r.calConfirmDefaultConfirm;
+    }
+    return e;
+}
 
 std::optional<QString> BuildCalStartCommand(qint32 pid, const QString &user,
                                             const QString &clientAddress,

@@ -9,6 +9,7 @@ namespace olvex {
 
 class DataInterface;
 class MessageLog;
+struct CalStartRecord;
 
 // What the operator entered on the calibration start control, as the fields hold it (texts
 // unchecked). The change command is built from it.
@@ -28,6 +29,11 @@ struct CalStartEntry
     QString confirmTimeout = QStringLiteral("30");
     bool runOnTimeout = true;
 };
+
+// The entry as the control shows a record when it loads it: the time in the locale's short
+// time format, both delays from CalDelayMinutes, the triggers exclusive (startup first), the
+// confirmation items only where the record supports them (their defaults otherwise).
+CalStartEntry CalStartEntryFromRecord(const CalStartRecord &record);
 
 // The twelve items of a ChangeCalStartSettings command, in the order they are written; the
 // service knows the same names.

@@ -2,7 +2,11 @@
 
 #include "calstart/calstartrecord.h"
 #include "common/datetime.h"
+#include "common/host.h"
+#include "common/pid.h"
 #include "common/value.h"
+
+#include <QSet>
 
 namespace olvex {
 
@@ -64,6 +68,30 @@ CalStartEnabling calStartEnabling(const CalStartRecord &record, const CalStartTi
     e.startButton = record.manualCalStartSupported;
     e.abortButton = record.manualCalAbortSupported;
     return e;
+}
+
+bool belongToSeveralUnits(const QList<std::shared_ptr<Parameter>> &parameters)
+{
+    QSet<int> units;
+    for (const ParameterPtr &parameter : parameters) {
+        if (parameter) {
+            units.insert(GetPidPart(parameter->PidNumber(), 1));
+        }
+    }
+    return units.size() > 1;
+}
+
+QString calParameterCaption(const Parameter &parameter, bool severalUnits)
+{
+    QString caption = parameter.GetName();
+    const QString unit = parameter.UnitName();
+    if (severalUnits && !unit.isEmpty() && !caption.contains(unit)) {
+        caption = u'(' + unit + u") " + caption;
+    }
+    if (parameter.InError()) {
+        caption.prepend(QStringLiteral("[ERROR] "));
+    }
+    return caption;
 }
 
 } // namespace olvex

@@ -1,12 +1,15 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QTime>
 
+#include <memory>
 #include <optional>
 
 namespace olvex {
 
+class Parameter;
 struct CalStartRecord;
 
 // What the calibration start control decides, as plain functions so that every rule is the same
@@ -52,5 +55,12 @@ struct CalStartEnabling
 };
 
 CalStartEnabling calStartEnabling(const CalStartRecord &record, const CalStartTicks &ticks);
+
+// Whether the parameters belong to more than one plant unit (the unit each PID encodes).
+bool belongToSeveralUnits(const QList<std::shared_ptr<Parameter>> &parameters);
+// The caption of a parameter's row: with several units "(" + unit name + ") " + name unless the
+// name holds the unit's name already; "[ERROR] " in front when the data interface flags the
+// parameter in error.
+QString calParameterCaption(const Parameter &parameter, bool severalUnits);
 
 } // namespace olvex

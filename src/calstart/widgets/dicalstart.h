@@ -121,6 +121,7 @@ private:
     void loadSelected();
     void applyEnabling();
     void setDefaults();
+    void showEntry(const CalStartEntry &entry);
     void showNoData(bool noData);
     void edited();
     void triggerToggled(bool startup, bool checked);

@@ -19,7 +19,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScrollArea>
-#include <QSet>
 #include <QTimeEdit>
 #include <QVBoxLayout>
 
@@ -112,28 +111,16 @@ void DICalStart::buildList()
     if (!mobjDI) {
         return;
     }
-    const ParameterList parameters = mobjDI->GetPidsOfTypes({ParameterTypes::Calibration});
-    QSet<int> units;
-    for (const ParameterPtr &parameter : parameters) {
-        if (parameter && parameter->ParameterType() == ParameterTypes::Calibration) {
-            units.insert(GetPidPart(parameter->PidNumber(), 1));
-        }
-    }
-    for (const ParameterPtr &parameter : parameters) {
-        if (!parameter || parameter->ParameterType() != ParameterTypes::Calibration) {
-            continue;
-        }
+    ParameterList parameters = mobjDI->GetPidsOfTypes({ParameterTypes::Calibration});
+    parameters.removeIf([](const ParameterPtr &parameter) {
+        return !parameter || parameter->ParameterType() != ParameterTypes::Calibration;
+    });
+    const bool severalUnits = belongToSeveralUnits(parameters);
+    for (const ParameterPtr &parameter : std::as_const(parameters)) {
         Row row;
         row.parameter = parameter;
         row.pid = parameter->PidNumber();
-        row.caption = parameter->GetName();
-        const QString unit = parameter->UnitName();
-        if (units.size() > 1 && !unit.isEmpty() && !row.caption.contains(unit)) {
-            row.caption = u'(' + unit + u") " + row.caption;
-        }
-        if (parameter->InError()) {
-            row.caption.prepend(u"[ERROR] "_s);
-        }
+        row.caption = calParameterCaption(*parameter, severalUnits);
         row.option = new QRadioButton(row.caption, m_listPanel);
         row.option->setObjectName(u"optParameter"_s + QString::number(m_rows.size()));
         row.option->setToolTip(FormatPid(row.pid));
@@ -163,17 +150,26 @@ qint32 DICalStart::selectedPid() const
 
 void DICalStart::setDefaults()
 {
-    m_chkDisable->setChecked(false);
-    for (QCheckBox *box :
-         {m_chkSkipOffline, m_chkSkipDailyIfOnline, m_chkAfterStartup, m_chkAfterNormalOps,
-          m_chkSkipStartupIfOnline, m_chkEvery26, m_chkConfirm}) {
-        box->setChecked(false);
-    }
-    m_txtTime->setText(calStartTimeText(QTime(6, 50)));
-    m_txtStartupDelay->setText(u"0"_s);
-    m_txtNormalOpsDelay->setText(u"0"_s);
-    m_txtConfirmTimeout->setText(u"30"_s);
-    m_optRunOnTimeout->setChecked(true);
+    CalStartEntry defaults;
+    defaults.startTime = calStartTimeText(QTime(6, 50));
+    showEntry(defaults);
+}
+
+void DICalStart::showEntry(const CalStartEntry &e)
+{
+    m_chkDisable->setChecked(e.disableAutoCal);
+    m_txtTime->setText(e.startTime);
+    m_chkSkipOffline->setChecked(e.skipIfOffline);
+    m_chkSkipDailyIfOnline->setChecked(e.skipDailyCalIfOnlineCalExists);
+    m_txtStartupDelay->setText(e.startupDelay);
+    m_txtNormalOpsDelay->setText(e.normalOpsDelay);
+    m_chkAfterStartup->setChecked(e.calAfterStartup);
+    m_chkAfterNormalOps->setChecked(e.calAfterEnterNormalOps);
+    m_chkSkipStartupIfOnline->setChecked(e.skipStartupCalIfOnlineCalExists);
+    m_chkEvery26->setChecked(e.calEvery26OpHours);
+    m_chkConfirm->setChecked(e.calConfirmEnabled);
+    m_txtConfirmTimeout->setText(e.confirmTimeout);
+    (e.runOnTimeout ? m_optRunOnTimeout : m_optSkipOnTimeout)->setChecked(true);
 }
 
 void DICalStart::showNoData(bool noData)
@@ -203,22 +199,7 @@ void DICalStart::loadSelected()
     if (!m_record) {
         return;
     }
-    const CalStartRecord &r = *m_record;
-    m_chkDisable->setChecked(!r.calEnabled);
-    m_txtTime->setText(r.calStartTimeUser ? calStartTimeText(*r.calStartTimeUser) : QString());
-    m_chkSkipOffline->setChecked(r.skipIfOffline);
-    m_chkSkipDailyIfOnline->setChecked(r.skipDailyCalIfOnlineCalExists);
-    m_txtStartupDelay->setText(r.calDelayMinutes);
-    m_txtNormalOpsDelay->setText(r.calDelayMinutes);
-    m_chkAfterStartup->setChecked(r.calAfterStartup);
-    m_chkAfterNormalOps->setChecked(!r.calAfterStartup && r.calAfterEnterNormalOps);
-    m_chkSkipStartupIfOnline->setChecked(r.skipStartupCalIfOnlineCalExists);
-    m_chkEvery26->setChecked(r.calEvery26OpHours);
-    if (r.calConfirmSupported) {
-        m_chkConfirm->setChecked(r.calConfirmEnabled);
-        m_txtConfirmTimeout->setText(r.calConfirmTimeout);
-        (r.calConfirmDefaultConfirm ? m_optRunOnTimeout : m_optSkipOnTimeout)->setChecked(true);
-    }
+    showEntry(CalStartEntryFromRecord(*m_record));
 }
 
 void DICalStart::applyEnabling()
