@@ -365,7 +365,7 @@ void DICalStart::SelectParameter(int row)
                 const QString caption = selectedCaption();
                 const int answer = UiServices::resolve(m_ui).ShowMessageBox(
                     fillPlaceholders(tr("Do you want to save your changes to $Param$?"),
-                                     {{u"$Param$"_s, caption}}),
+                                     {{u"Param"_s, caption}}),
                     MessageBoxStyle::ExclamationYesNo, caption);
                 if (answer == MessageBoxAnswer::Yes) {
                     postChange();
@@ -395,7 +395,7 @@ void DICalStart::cmdSave_Click()
                 ui.ShowMessageBox(
                     fillPlaceholders(tr("Access denied. Account '$username$' does "
                                         "not have privileges."),
-                                     {{u"$username$"_s, user ? user->UserName() : QString()}}),
+                                     {{u"username"_s, user ? user->UserName() : QString()}}),
                     MessageBoxStyle::Exclamation, selectedCaption());
                 return;
             }
