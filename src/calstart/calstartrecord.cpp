@@ -1,8 +1,12 @@
 #include "calstart/calstartrecord.h"
 
+#include "calstart/calstartrules.h"
+
 #include "common/datetime.h"
 #include "common/value.h"
 #include "common/xml.h"
+
+#include <QHash>
 
 namespace olvex {
 
@@ -25,31 +29,38 @@ std::optional<int> usableChannel(const QString &ioid)
     return int(*value.toInteger());
 }
 
-namespace {
-
-QString path(QStringView element)
-{
-    return u"//CalStart/" + element;
-}
-
-} // namespace
-
 CalStartRecord CalStartRecord::read(const XmlDocument &document)
 {
-    const auto flag = [&](QStringView element) {
-        return GetNodeBool(document, path(element)).value_or(false);
-    };
+    // One selection instead of one per field: the children of every CalStart element in
+    // document order, the first of each name being what //CalStart/<name> would select.
+    QHash<QString, XmlNode> fields;
+    for (const XmlNode &node : document.selectNodes(QStringLiteral("//CalStart/*"))) {
+        const QString name = node.name();
+        if (!fields.contains(name)) {
+            fields.insert(name, node);
+        }
+    }
     const auto text = [&](QStringView element) {
-        return GetNodeText(document, path(element));
+        const auto it = fields.constFind(element.toString());
+        return it == fields.cend() ? QString() : it->text().trimmed();
+    };
+    // Anything that is not true counts as false: a missing element, empty or unconvertible text.
+    const auto flag = [&](QStringView element) {
+        const QString t = text(element);
+        if (t.size() == 1 && (t[0] == u'0' || t[0] == u'1')) {
+            return t[0] == u'1'; // what the service writes
+        }
+        return !t.isEmpty() && Value(t).toBoolean().value_or(false);
+    };
+    const auto ioid = [&](QStringView element) {
+        const auto it = fields.constFind(element.toString());
+        return it == fields.cend() ? QString() : it->attribute(QStringLiteral("ioid")).trimmed();
     };
 
     CalStartRecord record;
     record.calEnabled = flag(u"CalEnabled");
-    record.calEnabledIoid = GetNodeText(document, path(u"CalEnabled/@ioid"));
-    const QString time = text(u"CalStartTimeUser");
-    if (const std::optional<QDateTime> parsed = parseDateText(time); parsed && !time.isEmpty()) {
-        record.calStartTimeUser = QTime(parsed->time().hour(), parsed->time().minute());
-    }
+    record.calEnabledIoid = ioid(u"CalEnabled");
+    record.calStartTimeUser = readTimeOfDay(text(u"CalStartTimeUser"));
     record.skipIfOffline = flag(u"SkipIfOffline");
     record.skipDailyCalIfOnlineCalExists = flag(u"SkipDailyCalIfOnlineCalExists");
     const QString delay = text(u"CalDelayMinutes");
@@ -66,9 +77,9 @@ CalStartRecord CalStartRecord::read(const XmlDocument &document)
     record.canDetermineOpHours = flag(u"CanDetermineOpHours");
     record.calConfirmSupported = flag(u"CalConfirmSupported");
     record.manualCalStartSupported = flag(u"ManualCalStartSupported");
-    record.manualCalStartIoid = GetNodeText(document, path(u"ManualCalStartSupported/@ioid"));
+    record.manualCalStartIoid = ioid(u"ManualCalStartSupported");
     record.manualCalAbortSupported = flag(u"ManualCalAbortSupported");
-    record.manualCalAbortIoid = GetNodeText(document, path(u"ManualCalAbortSupported/@ioid"));
+    record.manualCalAbortIoid = ioid(u"ManualCalAbortSupported");
 
     record.userFriendlyStatus = text(u"UserFriendlyStatus");
     record.opHoursSinceOnlineCal = text(u"OpHoursSinceOnlineCal");

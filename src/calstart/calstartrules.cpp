@@ -6,20 +6,38 @@
 #include "common/pid.h"
 #include "common/value.h"
 
+#include <QLocale>
 #include <QSet>
 
 namespace olvex {
 
-std::optional<QTime> acceptCalStartTime(const QString &text)
+std::optional<QTime> readTimeOfDay(const QString &text)
 {
-    if (text.trimmed().isEmpty()) {
+    const QString t = text.trimmed();
+    // The record's own "HH:nn" without the general reader (which builds local date-times).
+    if (t.size() == 5 && t[2] == u':') {
+        const QTime quick = QTime::fromString(t, QStringLiteral("HH:mm"));
+        if (quick.isValid()) {
+            return quick;
+        }
+    }
+    if (t.isEmpty()) {
         return std::nullopt;
     }
-    const std::optional<QDateTime> parsed = parseDateText(text.trimmed());
+    const std::optional<QDateTime> parsed = parseDateText(t);
     if (!parsed) {
         return std::nullopt;
     }
-    const QTime time(parsed->time().hour(), parsed->time().minute());
+    return QTime(parsed->time().hour(), parsed->time().minute());
+}
+
+std::optional<QTime> acceptCalStartTime(const QString &text)
+{
+    const std::optional<QTime> read = readTimeOfDay(text);
+    if (!read) {
+        return std::nullopt;
+    }
+    const QTime time(read->hour(), read->minute());
     if (time < QTime(0, 5)) {
         return QTime(0, 5);
     }
@@ -28,7 +46,8 @@ std::optional<QTime> acceptCalStartTime(const QString &text)
 
 QString calStartTimeText(const QTime &time)
 {
-    return formatNamed(QDateTime(zeroDate().date(), time), NamedFormat::ShortTime);
+    // A time of day alone: no date, so no time-zone lookup.
+    return QLocale().toString(time, namedFormatPattern(NamedFormat::ShortTime));
 }
 
 bool isMinutesText(const QString &text)

@@ -15,6 +15,10 @@ struct CalStartRecord;
 // What the calibration start control decides, as plain functions so that every rule is the same
 // on screen, on the command line and in the tests.
 
+// Hours and minutes of a text that reads as a time ("06:50", "6:50 AM", a date and time);
+// nullopt when it does not.
+std::optional<QTime> readTimeOfDay(const QString &text);
+
 // The daily time as the field should show it after the operator leaves it: nullopt when the
 // text is no time (the field keeps the focus). A time from 00:00 through 00:04 becomes 00:05:
 // the daily check is never scheduled in the first minutes after midnight.

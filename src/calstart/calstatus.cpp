@@ -1,5 +1,7 @@
 #include "calstart/calstatus.h"
 
+#include "calstart/calstartrecord.h"
+
 #include "common/error.h"
 #include "common/host.h"
 #include "common/pid.h"
@@ -50,22 +52,14 @@ XmlDocument loadRecord(DataInterface &dataInterface, MessageLog *log, qint32 pid
 
 } // namespace
 
-StatusLine UpdateOnlineCalStatus(DataInterface &dataInterface, MessageLog *log, qint32 pid)
+StatusLine onlineCalStatusOf(const CalStartRecord &record)
 {
     StatusLine line;
-    const XmlDocument record = loadRecord(
-        dataInterface, log, pid, QStringLiteral("CSET-0088: Cannot update online cal status"),
-        QStringLiteral("CSET-0089: Cannot update online cal status"));
-    if (record.isNull()) {
+    if (!record.calEnabled || !record.canDetermineOpHours || !record.calEvery26OpHours) {
         return line;
     }
-    for (const char16_t *element : {u"CalEnabled", u"CanDetermineOpHours", u"CalEvery26OpHours"}) {
-        if (!GetNodeBool(record, u"//CalStart/" + QStringView(element)).value_or(false)) {
-            return line;
-        }
-    }
-    line.text = GetNodeText(record, QStringLiteral("//CalStart/OpHoursStatusString"));
-    const Value hours(GetNodeText(record, QStringLiteral("//CalStart/OpHoursSinceOnlineCal")));
+    line.text = record.opHoursStatusString;
+    const Value hours(record.opHoursSinceOnlineCal);
     if (hours.isNumeric()) {
         const std::optional<qint64> whole = hours.toInteger();
         if (whole && *whole >= 26) {
@@ -75,16 +69,25 @@ StatusLine UpdateOnlineCalStatus(DataInterface &dataInterface, MessageLog *log, 
     return line;
 }
 
+StatusLine autoCalStatusOf(const CalStartRecord &record)
+{
+    return {record.userFriendlyStatus};
+}
+
+StatusLine UpdateOnlineCalStatus(DataInterface &dataInterface, MessageLog *log, qint32 pid)
+{
+    const XmlDocument record = loadRecord(
+        dataInterface, log, pid, QStringLiteral("CSET-0088: Cannot update online cal status"),
+        QStringLiteral("CSET-0089: Cannot update online cal status"));
+    return record.isNull() ? StatusLine() : onlineCalStatusOf(CalStartRecord::read(record));
+}
+
 StatusLine UpdateAutoCalStatus(DataInterface &dataInterface, MessageLog *log, qint32 pid)
 {
-    StatusLine line;
     const XmlDocument record = loadRecord(
         dataInterface, log, pid, QStringLiteral("CSET-0086: Cannot update auto cal status"),
         QStringLiteral("CSET-0087: Cannot update auto cal status"));
-    if (!record.isNull()) {
-        line.text = GetNodeText(record, QStringLiteral("//CalStart/UserFriendlyStatus"));
-    }
-    return line;
+    return record.isNull() ? StatusLine() : autoCalStatusOf(CalStartRecord::read(record));
 }
 
 QString OpHoursHelpText()

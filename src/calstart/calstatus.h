@@ -6,6 +6,7 @@ namespace olvex {
 
 class DataInterface;
 class MessageLog;
+struct CalStartRecord;
 
 // The two read-only status lines of the calibration start control. The service keeps both in
 // the parameter's record; these read it fresh (every ten seconds, and after load, Save, Cancel
@@ -24,6 +25,11 @@ struct StatusLine
 StatusLine UpdateOnlineCalStatus(DataInterface &dataInterface, MessageLog *log, qint32 pid);
 // The automatic calibration line: UserFriendlyStatus as it stands.
 StatusLine UpdateAutoCalStatus(DataInterface &dataInterface, MessageLog *log, qint32 pid);
+
+// The same two lines from a record already loaded (a control that has just read the value
+// need not read it again).
+StatusLine onlineCalStatusOf(const CalStartRecord &record);
+StatusLine autoCalStatusOf(const CalStartRecord &record);
 
 // The texts of the two help buttons, lines joined by CR LF, a blank line between paragraphs.
 QString OpHoursHelpText();

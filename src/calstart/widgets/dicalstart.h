@@ -2,6 +2,7 @@
 
 #include "calstart/calstartcommands.h"
 #include "calstart/calstartrecord.h"
+#include "calstart/calstatus.h"
 #include "common/host.h"
 
 #include <QList>
@@ -118,7 +119,10 @@ private:
     void buildControls();
     void buildList();
     void clearRows();
-    void loadSelected();
+    // Reads the selected parameter's value once and shows it; withStatus: the status lines too.
+    void loadSelected(bool withStatus = false);
+    void showOnlineStatus(const StatusLine &line);
+    void showStatus(const StatusLine &online, const StatusLine &autoCal);
     void applyEnabling();
     void setDefaults();
     void showEntry(const CalStartEntry &entry);

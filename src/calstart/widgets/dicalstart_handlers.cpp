@@ -8,6 +8,7 @@
 #include "common/pid.h"
 #include "common/text.h"
 #include "common/widgets/uiservices.h"
+#include "common/xml.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -31,11 +32,15 @@ namespace {
 const QString kAllowTwoMinutes
     = QStringLiteral("Please allow up to 2 minutes for the changes to take effect.");
 
-// Enables or disables a control and says why it is off.
+// Enables or disables a control and says why it is off. Unchanged state costs nothing: a
+// selection reloads every item.
 void enableWhy(QWidget *widget, bool enabled, const QString &why)
 {
     widget->setEnabled(enabled);
-    widget->setToolTip(enabled ? QString() : why);
+    const QString tip = enabled ? QString() : why;
+    if (widget->toolTip() != tip) {
+        widget->setToolTip(tip);
+    }
 }
 
 } // namespace
@@ -64,8 +69,7 @@ bool DICalStart::Setup(std::shared_ptr<MessageLog> messageLog,
             if (!m_rows.isEmpty()) {
                 m_selected = 0;
                 m_rows.first().option->setChecked(true);
-                loadSelected();
-                refreshStatus();
+                loadSelected(true);
             }
             if (mobjDI) {
                 IntervalSpec spec;
@@ -157,18 +161,24 @@ void DICalStart::setDefaults()
 
 void DICalStart::showEntry(const CalStartEntry &e)
 {
+    // Unchanged texts stay as they are (a line edit's setText resets its cursor and undo).
+    const auto setText = [](QLineEdit *field, const QString &text) {
+        if (field->text() != text) {
+            field->setText(text);
+        }
+    };
     m_chkDisable->setChecked(e.disableAutoCal);
-    m_txtTime->setText(e.startTime);
+    setText(m_txtTime, e.startTime);
     m_chkSkipOffline->setChecked(e.skipIfOffline);
     m_chkSkipDailyIfOnline->setChecked(e.skipDailyCalIfOnlineCalExists);
-    m_txtStartupDelay->setText(e.startupDelay);
-    m_txtNormalOpsDelay->setText(e.normalOpsDelay);
+    setText(m_txtStartupDelay, e.startupDelay);
+    setText(m_txtNormalOpsDelay, e.normalOpsDelay);
     m_chkAfterStartup->setChecked(e.calAfterStartup);
     m_chkAfterNormalOps->setChecked(e.calAfterEnterNormalOps);
     m_chkSkipStartupIfOnline->setChecked(e.skipStartupCalIfOnlineCalExists);
     m_chkEvery26->setChecked(e.calEvery26OpHours);
     m_chkConfirm->setChecked(e.calConfirmEnabled);
-    m_txtConfirmTimeout->setText(e.confirmTimeout);
+    setText(m_txtConfirmTimeout, e.confirmTimeout);
     (e.runOnTimeout ? m_optRunOnTimeout : m_optSkipOnTimeout)->setChecked(true);
 }
 
@@ -177,29 +187,45 @@ void DICalStart::showNoData(bool noData)
     m_lblNoData->setVisible(noData);
 }
 
-void DICalStart::loadSelected()
+void DICalStart::loadSelected(bool withStatus)
 {
     m_loading = true;
-    const auto done = qScopeGuard([this] {
-        applyEnabling();
-        m_dirty = false;
-        m_loading = false;
-    });
-    setDefaults();
-    m_record.reset();
-    QString xml;
-    if (m_selected >= 0) {
-        xml = m_rows.at(m_selected).parameter->GetCurrentValue().Value.toText();
+    XmlDocument document;
+    {
+        const auto done = qScopeGuard([this] {
+            applyEnabling();
+            m_dirty = false;
+            m_loading = false;
+        });
+        m_record.reset();
+        QString xml;
+        if (m_selected >= 0) {
+            xml = m_rows.at(m_selected).parameter->GetCurrentValue().Value.toText();
+        }
+        if (!xml.isEmpty()) {
+            document = LoadXmlDocument(mobjLog.get(), xml);
+        }
+        if (!document.isNull()) {
+            m_record = CalStartRecord::read(document);
+        }
+        showNoData(m_selected >= 0 && !m_record);
+        m_settingsPanel->setEnabled(m_record.has_value());
+        if (m_record) {
+            showEntry(CalStartEntryFromRecord(*m_record));
+        } else {
+            setDefaults();
+        }
     }
-    if (!xml.isEmpty()) {
-        m_record = CalStartRecord::fromXml(mobjLog.get(), xml);
-    }
-    showNoData(m_selected >= 0 && !m_record);
-    m_settingsPanel->setEnabled(m_record.has_value());
-    if (!m_record) {
+    if (!withStatus) {
         return;
     }
-    showEntry(CalStartEntryFromRecord(*m_record));
+    if (m_record) {
+        // The value just read serves the status lines too.
+        showStatus(onlineCalStatusOf(*m_record), autoCalStatusOf(*m_record));
+    } else {
+        // Read again, so that the lines log why they stay empty.
+        refreshStatus();
+    }
 }
 
 void DICalStart::applyEnabling()
@@ -373,8 +399,7 @@ void DICalStart::SelectParameter(int row)
             }
             m_selected = row;
             m_rows.at(row).option->setChecked(true);
-            loadSelected();
-            refreshStatus();
+            loadSelected(true);
         },
         [&](const CaughtError &error) {
             logError(QStringLiteral("CSET-0021: Cannot show the calibration start settings; "),
@@ -418,15 +443,11 @@ void DICalStart::cmdCancel_Click()
     if (!mobjDI) {
         return;
     }
-    guarded(
-        [&] {
-            loadSelected();
-            refreshStatus();
-        },
-        [&](const CaughtError &error) {
-            logError(QStringLiteral("CSET-0021: Cannot show the calibration start settings; "),
-                     error);
-        });
+    guarded([&] { loadSelected(true); },
+            [&](const CaughtError &error) {
+                logError(QStringLiteral("CSET-0021: Cannot show the calibration start settings; "),
+                         error);
+            });
 }
 
 void DICalStart::cmdClose_Click()
@@ -511,29 +532,40 @@ void DICalStart::cmdHelpConfirm_Click()
         [](const CaughtError &) {});
 }
 
+void DICalStart::showOnlineStatus(const StatusLine &line)
+{
+    QPalette palette = m_lblOnlineStatus->palette();
+    const QColor colour = line.colour == StatusLine::Colour::Red
+                              ? QColor(255, 0, 0)
+                              : palette.color(QPalette::Highlight);
+    if (palette.color(QPalette::WindowText) != colour) {
+        palette.setColor(QPalette::WindowText, colour);
+        m_lblOnlineStatus->setPalette(palette);
+    }
+    m_lblOnlineStatus->setText(line.text);
+}
+
+void DICalStart::showStatus(const StatusLine &online, const StatusLine &autoCal)
+{
+    showOnlineStatus(online);
+    m_lblAutoStatus->setText(autoCal.text);
+}
+
 void DICalStart::UpdateOnlineCalStatus()
 {
     m_lblOnlineStatus->clear();
-    if (!mobjDI || selectedPid() == 0) {
-        return;
+    if (mobjDI && selectedPid() != 0) {
+        showOnlineStatus(olvex::UpdateOnlineCalStatus(*mobjDI, mobjLog.get(), selectedPid()));
     }
-    const StatusLine line = olvex::UpdateOnlineCalStatus(*mobjDI, mobjLog.get(), selectedPid());
-    QPalette palette = m_lblOnlineStatus->palette();
-    palette.setColor(QPalette::WindowText, line.colour == StatusLine::Colour::Red
-                                               ? QColor(255, 0, 0)
-                                               : palette.color(QPalette::Highlight));
-    m_lblOnlineStatus->setPalette(palette);
-    m_lblOnlineStatus->setText(line.text);
 }
 
 void DICalStart::UpdateAutoCalStatus()
 {
     m_lblAutoStatus->clear();
-    if (!mobjDI || selectedPid() == 0) {
-        return;
+    if (mobjDI && selectedPid() != 0) {
+        m_lblAutoStatus->setText(
+            olvex::UpdateAutoCalStatus(*mobjDI, mobjLog.get(), selectedPid()).text);
     }
-    m_lblAutoStatus->setText(
-        olvex::UpdateAutoCalStatus(*mobjDI, mobjLog.get(), selectedPid()).text);
 }
 
 void DICalStart::refreshStatus()
