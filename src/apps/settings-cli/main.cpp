@@ -1,5 +1,6 @@
 // olvex-settings: the headless command line of a site. One subcommand per table row; each lives
 // in the file of its group (sitecommands.cpp, parametercommands.cpp, ...).
+#include "calstart_commands.h"
 #include "cliutil.h"
 #include "commands.h"
 
@@ -27,6 +28,9 @@ const Command kCommands[] = {
     {"set", setCommand, "change a setting (--site SITE --user USER PID VALUE)"},
     {"export", exportCommand, "save every setting to a CSV file (--site SITE FILE)"},
     {"import", importCommand, "load a CSV file (--site SITE --user USER [--dry-run] FILE)"},
+    {"cal", calCommand,
+     "calibration start settings (--site SITE [--user USER] list|show|set|start|abort PID...)"},
+    {"log", logCommand, "the message log, or the auto-cal log (--site SITE [--auto-cal])"},
 };
 
 void printUsage(QTextStream &stream)
