@@ -2,6 +2,7 @@
 
 #include "common/error.h"
 #include "common/pid.h"
+#include "das/cylinderhandlers.h"
 #include "das/workerid.h"
 #include "host/storeerrors.h"
 
@@ -72,6 +73,7 @@ DasService::DasService(std::shared_ptr<SiteStore> store, DasOptions options)
     if (m_options.lease.count() < 1) {
         m_options.lease = std::chrono::milliseconds(1);
     }
+    addCylinderHandlers(m_handlers);
 }
 
 DasService::~DasService() = default;

@@ -74,16 +74,4 @@ TEST(CylinderRow, ExpiryMarks)
     }
 }
 
-TEST(CylinderRow, RowOfACylinder)
-{
-    FakeDataInterface di;
-    const FakeParameterPtr cylinder
-        = addCylinder(di, 3, u"CC412233"_s, Value(u"n/a"_s),
-                      {{u"SO2"_s, 450.5, u"ppm"_s}, {u"CO2"_s, 12, u"%"_s}});
-    const CylinderRow row = cylinderRow(*cylinder, QDate(2026, 3, 1));
-    EXPECT_EQ(row.key, u"K0020170003"_s);
-    EXPECT_EQ(row.cells, (QStringList{u"CC412233"_s, u"n/a"_s, u"SO2 450.5 ppm,  CO2 12 %"_s,
-                                      u"B22014"_s, u"SO2,NO,BALN"_s, u"1850 psig"_s}));
-}
-
 } // namespace

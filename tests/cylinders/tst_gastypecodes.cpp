@@ -50,50 +50,23 @@ TEST(GasTypeCodes, ProblemsListEveryComplaintOnce)
 
 TEST(GasTypeCodes, ConvertsEveryOldTokenAndLeavesOthers)
 {
+    // Every old token, then tokens that are not old ones: unchanged, matched exactly.
+    // clang-format off
     const QList<std::pair<const char *, const char *>> table{
-        {"CO2", "CO2,BALN"},
-        {"N2C", "CO,NO2,BALN"},
-        {"N2C2", "CO2,NO2,BALN"},
-        {"N2CC", "CO,CO2,NO2,BALN"},
-        {"NC", "CO,NO,BALN"},
-        {"NC2", "CO2,NO,BALN"},
-        {"NCC", "CO,CO2,NO,BALN"},
-        {"NO", "NO,BALN"},
-        {"NO2", "NO2,BALN"},
-        {"NX", "NO,NO2,BALN"},
-        {"NXC", "CO,NO,NO2,BALN"},
-        {"NXC2", "CO2,NO,NO2,BALN"},
-        {"NXCC", "CO,CO2,NO,NO2,BALN"},
-        {"O2", "O2,BALN"},
-        {"OC", "CO,O2,BALN"},
-        {"OC2", "CO2,O2,BALN"},
-        {"OCC", "CO,CO2,O2,BALN"},
-        {"SC", "CO,SO2,BALN"},
-        {"SC2", "CO2,SO2,BALN"},
-        {"SN", "NO,SO2,BALN"},
-        {"SN2", "NO2,SO2,BALN"},
-        {"SN2C", "CO,NO2,SO2,BALN"},
-        {"SN2C2", "CO2,NO2,SO2,BALN"},
-        {"SN2CC", "CO,CO2,NO2,SO2,BALN"},
-        {"SNC", "CO,NO,SO2,BALN"},
-        {"SNC2", "CO2,NO,SO2,BALN"},
-        {"SNCC", "CO,CO2,NO,SO2,BALN"},
-        {"SNX", "NO,NO2,SO2,BALN"},
-        {"SNXC", "CO,NO,NO2,SO2,BALN"},
-        {"SNXC2", "CO2,NO,NO2,SO2,BALN"},
-        {"SNXCC", "CO,CO2,NO,NO2,SO2,BALN"},
-        {"SO", "O2,SO2,BALN"},
-        {"SO2", "SO2,BALN"},
-        {"SOC", "CO,O2,SO2,BALN"},
-        // Not old tokens: unchanged, matched exactly.
-        {"BALN", "BALN"},
-        {"NOX", "NOX"},
-        {"snx", "snx"},
-        {" NX", " NX"},
-        {"", ""},
-        {"A", "A"},
-        {"ZZZ", "ZZZ"},
+        {"CO2", "CO2,BALN"}, {"N2C", "CO,NO2,BALN"}, {"N2C2", "CO2,NO2,BALN"},
+        {"N2CC", "CO,CO2,NO2,BALN"}, {"NC", "CO,NO,BALN"}, {"NC2", "CO2,NO,BALN"},
+        {"NCC", "CO,CO2,NO,BALN"}, {"NO", "NO,BALN"}, {"NO2", "NO2,BALN"}, {"NX", "NO,NO2,BALN"},
+        {"NXC", "CO,NO,NO2,BALN"}, {"NXC2", "CO2,NO,NO2,BALN"}, {"NXCC", "CO,CO2,NO,NO2,BALN"},
+        {"O2", "O2,BALN"}, {"OC", "CO,O2,BALN"}, {"OC2", "CO2,O2,BALN"}, {"OCC", "CO,CO2,O2,BALN"},
+        {"SC", "CO,SO2,BALN"}, {"SC2", "CO2,SO2,BALN"}, {"SN", "NO,SO2,BALN"}, {"SN2", "NO2,SO2,BALN"},
+        {"SN2C", "CO,NO2,SO2,BALN"}, {"SN2C2", "CO2,NO2,SO2,BALN"}, {"SN2CC", "CO,CO2,NO2,SO2,BALN"},
+        {"SNC", "CO,NO,SO2,BALN"}, {"SNC2", "CO2,NO,SO2,BALN"}, {"SNCC", "CO,CO2,NO,SO2,BALN"},
+        {"SNX", "NO,NO2,SO2,BALN"}, {"SNXC", "CO,NO,NO2,SO2,BALN"}, {"SNXC2", "CO2,NO,NO2,SO2,BALN"},
+        {"SNXCC", "CO,CO2,NO,NO2,SO2,BALN"}, {"SO", "O2,SO2,BALN"}, {"SO2", "SO2,BALN"},
+        {"SOC", "CO,O2,SO2,BALN"}, {"BALN", "BALN"}, {"NOX", "NOX"}, {"snx", "snx"}, {" NX", " NX"},
+        {"", ""}, {"A", "A"}, {"ZZZ", "ZZZ"},
     };
+    // clang-format on
     for (const auto &[token, list] : table) {
         EXPECT_EQ(ConvertLegacyGasTypeCode(QString::fromLatin1(token)), QString::fromLatin1(list))
             << token;

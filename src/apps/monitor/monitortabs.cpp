@@ -88,6 +88,8 @@ void addComponentTabs(MonitorWindow &window, const MonitorContext &context)
                   QStringLiteral("settings"));
     window.addTab(createImportExportTab(window, context), QStringLiteral("Import/Export"),
                   QStringLiteral("import-export"));
+    window.addTab(createCylindersTab(window, context), QStringLiteral("Gas Cylinders"),
+                  QStringLiteral("cylinders"));
 }
 
 } // namespace olvex

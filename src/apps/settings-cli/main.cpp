@@ -27,6 +27,8 @@ const Command kCommands[] = {
     {"set", setCommand, "change a setting (--site SITE --user USER PID VALUE)"},
     {"export", exportCommand, "save every setting to a CSV file (--site SITE FILE)"},
     {"import", importCommand, "load a CSV file (--site SITE --user USER [--dry-run] FILE)"},
+    {"cylinders", cylindersCommand, "gas cylinders as the cylinder list shows them (--site SITE)"},
+    {"checks", checksCommand, "calibration-check records (--site SITE [--cylinder PID])"},
 };
 
 void printUsage(QTextStream &stream)

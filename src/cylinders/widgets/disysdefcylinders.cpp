@@ -158,8 +158,10 @@ void DISysDefCylinders::RefreshCylinderList()
     }
     if (m_lsvCylinders->rowCount() == 0) {
         m_lsvCylinders->addRow(QString(), QStringLiteral("No cylinders"), QString());
-    } else if (QTreeWidgetItem *row = m_lsvCylinders->findByKey(selectedKey)) {
-        m_lsvCylinders->selectRow(row);
+    } else {
+        // The row that was selected stays so; else the first, ready for Edit.
+        QTreeWidgetItem *row = m_lsvCylinders->findByKey(selectedKey);
+        m_lsvCylinders->selectRow(row ? row : m_lsvCylinders->row(0));
     }
     for (int column = 0; column < m_lsvCylinders->columnCount() - 1; ++column) {
         m_lsvCylinders->autoSizeColumn(column);

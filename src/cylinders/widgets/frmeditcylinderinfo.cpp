@@ -201,15 +201,26 @@ void frmEditCylinderInfo::buildControls()
     buttons->addWidget(m_ok);
     buttons->addWidget(m_cancel);
 
+    // Every box wide enough for the longest usual gas code list; the help text beside the
+    // whole form, tall enough to show all of it.
+    const int boxWidth
+        = fontMetrics().horizontalAdvance(QStringLiteral("SO2,NO,NO2,CO,CO2,O2,BALN")) + 16;
+    for (QLineEdit *edit : findChildren<QLineEdit *>()) {
+        edit->setMinimumWidth(boxWidth);
+    }
+    m_selectDate->setFixedWidth(m_selectDate->sizeHint().height() + 4);
+    m_helpText->setMinimumHeight(m_helpText->fontMetrics().lineSpacing() * 28 + 12);
+
+    auto *form = new QVBoxLayout;
+    form->addLayout(grid);
+    form->addStretch();
+    form->addWidget(m_fixFrame);
     auto *upper = new QHBoxLayout;
-    upper->addLayout(grid, 3);
-    auto *helpColumn = new QVBoxLayout;
-    helpColumn->addWidget(m_helpText);
-    upper->addLayout(helpColumn, 2);
+    upper->addLayout(form, 3);
+    upper->addWidget(m_helpText, 2);
 
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(upper);
-    layout->addWidget(m_fixFrame);
     layout->addLayout(buttons);
 
     connect(m_ok, &QPushButton::clicked, this, &frmEditCylinderInfo::cmdOK_Click);
