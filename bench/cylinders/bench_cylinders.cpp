@@ -35,6 +35,7 @@ std::shared_ptr<SiteDataInterface> openSite()
             path, SiteInfo{QStringLiteral("BENCH"), QStringLiteral("Bench"), {}, false}, true,
             [](SiteStore &store) {
                 SiteBuilder b(store);
+                b.addUser(QStringLiteral("operator"), QStringLiteral("Operator"), true);
                 const QDateTime now = QDateTime::currentDateTime();
                 for (int i = 0; i < kCylinders; ++i) {
                     const qint32 pid = BuildPid(0, 300 + i / 100, 7, 0, i % 100);

@@ -14,7 +14,7 @@ namespace olvex {
 
 namespace {
 
-// The edit dialog on the list's first cylinder that has component gases (else its first), as
+// The edit dialog on the list's first cylinder with several component gases (else its first), as
 // the operator would open it; null when the site has no cylinder.
 std::unique_ptr<QWidget> editDialogShot(DISysDefCylinders &list, const MonitorContext &context)
 {
@@ -27,11 +27,12 @@ std::unique_ptr<QWidget> editDialogShot(DISysDefCylinders &list, const MonitorCo
             continue;
         }
         ParameterPtr cylinder = directory->GetPid(pid, true);
-        const bool hasGases = cylinder->GetAttribute(CylinderAttr::GasPids).toArray().size() > 1;
-        if (!chosen || hasGases) {
+        const bool severalGases
+            = cylinder->GetAttribute(CylinderAttr::GasPids).toArray().size() > 1;
+        if (!chosen || severalGases) {
             chosen = std::move(cylinder);
         }
-        if (hasGases) {
+        if (severalGases) {
             break;
         }
     }
