@@ -78,16 +78,21 @@ CylinderEditData loadCylinderEdit(const Parameter &cylinder, DataInterface &data
     for (qsizetype i = 0; i < members.size() && i < kCylinderGasRows; ++i) {
         CylinderGas gas;
         gas.pid = qint32(members[i].toInteger().value_or(0));
-        gas.parameter = directory->GetPid(gas.pid, true);
-        const QStringList entry = entries.value(i);
-        gas.name = entry.value(0).trimmed().isEmpty() ? gas.parameter->GetName(0)
-                                                      : entry.value(0).trimmed();
-        gas.value = text(gas.parameter->GetCurrentValue().Value);
-        gas.units = units ? units->UnitsText(gas.pid) : QString();
-        if (gas.units.isEmpty()) {
-            gas.units = entry.value(2).trimmed();
+        try {
+            gas.parameter = directory->GetPid(gas.pid, true);
+            const QStringList entry = entries.value(i);
+            gas.name = entry.value(0).trimmed().isEmpty() ? gas.parameter->GetName(0)
+                                                          : entry.value(0).trimmed();
+            gas.value = text(gas.parameter->GetCurrentValue().Value);
+            gas.units = units ? units->UnitsText(gas.pid) : QString();
+            if (gas.units.isEmpty()) {
+                gas.units = entry.value(2).trimmed();
+            }
+            data.gases.append(gas);
+        } catch (...) {
+            // The other gases and the cylinder itself can still be edited.
+            data.gasProblems.append(u"CSET-0007: " + currentError().description);
         }
-        data.gases.append(gas);
     }
     return data;
 }

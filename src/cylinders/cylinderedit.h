@@ -39,12 +39,14 @@ struct CylinderEditData
     QString expirationText; // as the edit box shows it
     QString vendorId;
     QString gasCodes;
-    QList<CylinderGas> gases; // the first kCylinderGasRows
+    QList<CylinderGas> gases; // the first kCylinderGasRows that could be read
     int totalGases = 0;       // all the cylinder has
+    // "CSET-0007: ..." for each gas that could not be read (its row is left out).
+    QStringList gasProblems;
 };
 
-// Reads the cylinder and its component gases (PIDs of attribute -46, in order). Host errors
-// propagate.
+// Reads the cylinder and its component gases (PIDs of attribute -46, in order). Errors reading
+// the cylinder propagate; a gas that cannot be read is left out and named in gasProblems.
 CylinderEditData loadCylinderEdit(const Parameter &cylinder, DataInterface &dataInterface);
 
 // "CSET-0006: Cylinder has more gases than the form can display (PID=...)", or empty.

@@ -73,9 +73,19 @@ TEST_F(CylinderEditTest, OpensWithTheCylinderAndItsGases)
         = loadCylinderEdit(*addCylinder(di, 4, u"SG1"_s, Value(kExpiration), six), di);
     EXPECT_EQ(big.gases.size(), kCylinderGasRows);
     EXPECT_EQ(big.gases.last().name, u"CO2"_s);
+    EXPECT_TRUE(big.gasProblems.isEmpty());
     EXPECT_EQ(
         tooManyGasesMessage(big),
         u"CSET-0006: Cylinder has more gases than the form can display (PID=0-201-7-00-04)"_s);
+}
+
+TEST_F(CylinderEditTest, AGasThatCannotBeReadIsLeftOut)
+{
+    di.setFailure(gasPid(1, 1), FakeParameter::Op::GetCurrentValue, Error(3010, u"gone"_s));
+    const CylinderEditData data = loadCylinderEdit(*cylinder, di);
+    ASSERT_EQ(data.gases.size(), 1);
+    EXPECT_EQ(data.gases[0].name, u"NO"_s);
+    EXPECT_EQ(data.gasProblems, QStringList{u"CSET-0007: gone"_s});
 }
 
 TEST_F(CylinderEditTest, WritesOnlyWhatChanged)

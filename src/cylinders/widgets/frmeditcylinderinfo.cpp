@@ -252,6 +252,9 @@ bool frmEditCylinderInfo::Setup(ParameterPtr cylinder, std::shared_ptr<DataInter
     if (const QString tooMany = tooManyGasesMessage(m_current); !tooMany.isEmpty()) {
         log(tooMany);
     }
+    for (const QString &problem : std::as_const(m_current.gasProblems)) {
+        log(problem);
+    }
     m_description->setText(m_current.description);
     const auto fill = [](QLineEdit *current, QLineEdit *fresh, const QString &text) {
         current->setText(text);
