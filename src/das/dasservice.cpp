@@ -3,6 +3,7 @@
 #include "common/error.h"
 #include "common/pid.h"
 #include "das/calstarthandlers.h"
+#include "das/cylinderhandlers.h"
 #include "das/workerid.h"
 #include "host/siteclock.h"
 #include "host/storeerrors.h"
@@ -79,6 +80,7 @@ DasService::DasService(std::shared_ptr<SiteStore> store, DasOptions options)
     }
     m_calChecks = std::make_unique<CalCheckRunner>(m_options.clock);
     addCalStartHandlers(m_handlers, *m_calChecks);
+    addCylinderHandlers(m_handlers);
 }
 
 DasService::~DasService() = default;

@@ -199,7 +199,7 @@ QList<qint32> addCalibration(SiteBuilder &builder, const QDateTime &now)
           {QStringLiteral("NO2"), 45.2, QStringLiteral("ppm")}}},
         {QStringLiteral("Cylinder D (protocol blend)"),
          QStringLiteral("SG9047812"),
-         95,
+         21,
          QStringLiteral("C40918"),
          QStringLiteral("SO2,NO,NO2,CO,CO2,O2,BALN"),
          Value(2015.5),

@@ -90,6 +90,8 @@ void addComponentTabs(MonitorWindow &window, const MonitorContext &context)
                   QStringLiteral("import-export"));
     window.addTab(createCalStartTab(window, context), QStringLiteral("Calibration Start"),
                   QStringLiteral("calstart"));
+    window.addTab(createCylindersTab(window, context), QStringLiteral("Gas Cylinders"),
+                  QStringLiteral("cylinders"));
 }
 
 } // namespace olvex

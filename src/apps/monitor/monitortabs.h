@@ -21,5 +21,7 @@ QWidget *createImportExportTab(MonitorWindow &window, const MonitorContext &cont
 // The calibration start control on the site (calstarttab.cpp); the window grows to its
 // DesiredWidth.
 QWidget *createCalStartTab(MonitorWindow &window, const MonitorContext &context);
+// The gas cylinder list of the site; --screenshot also shows its edit dialog.
+QWidget *createCylindersTab(MonitorWindow &window, const MonitorContext &context);
 
 } // namespace olvex

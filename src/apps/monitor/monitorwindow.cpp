@@ -69,6 +69,11 @@ void MonitorWindow::showProblem(const QString &line)
     statusBar()->showMessage(line);
 }
 
+void MonitorWindow::addShot(const QString &shotName, std::function<std::unique_ptr<QWidget>()> make)
+{
+    m_extraShots.append({shotName, std::move(make)});
+}
+
 QStringList MonitorWindow::saveScreenshots(const QString &dir)
 {
     const QDir target(dir);
@@ -83,6 +88,20 @@ QStringList MonitorWindow::saveScreenshots(const QString &dir)
         QApplication::processEvents();
         const QString path = target.absoluteFilePath(m_shotNames.value(i) + u".png");
         if (!grab().save(path)) {
+            throw Error(75, u"Cannot write " + QDir::toNativeSeparators(path));
+        }
+        written << path;
+    }
+    for (const auto &[name, make] : std::as_const(m_extraShots)) {
+        const std::unique_ptr<QWidget> widget = make();
+        if (!widget) {
+            continue;
+        }
+        widget->show();
+        QApplication::processEvents();
+        QApplication::processEvents();
+        const QString path = target.absoluteFilePath(name + u".png");
+        if (!widget->grab().save(path)) {
             throw Error(75, u"Cannot write " + QDir::toNativeSeparators(path));
         }
         written << path;

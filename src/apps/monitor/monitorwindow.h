@@ -4,6 +4,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+#include <memory>
+
 class QLabel;
 class QTabWidget;
 
@@ -21,6 +24,9 @@ public:
     // case with blanks as dashes.
     void addTab(QWidget *component, const QString &title, const QString &shotName = {});
     QTabWidget *tabs() const { return m_tabs; }
+    // One more picture for --screenshot, after the tabs': make builds the widget (a dialog open
+    // on the site's data), which is rendered to <shotName>.png and destroyed; null: no picture.
+    void addShot(const QString &shotName, std::function<std::unique_ptr<QWidget>()> make);
 
     void setSite(const QString &siteId, const QString &siteName);
     void setUser(const QString &userName);
@@ -35,6 +41,7 @@ public:
 private:
     QTabWidget *m_tabs;
     QStringList m_shotNames;
+    QList<std::pair<QString, std::function<std::unique_ptr<QWidget>()>>> m_extraShots;
     QLabel *m_site;
     QLabel *m_user;
     QLabel *m_backend;

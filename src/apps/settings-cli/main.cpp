@@ -31,6 +31,8 @@ const Command kCommands[] = {
     {"cal", calCommand,
      "calibration start settings (--site SITE [--user USER] list|show|set|start|abort PID...)"},
     {"log", logCommand, "the message log, or the auto-cal log (--site SITE [--auto-cal])"},
+    {"cylinders", cylindersCommand, "gas cylinders as the cylinder list shows them (--site SITE)"},
+    {"checks", checksCommand, "calibration-check records (--site SITE [--cylinder PID])"},
 };
 
 void printUsage(QTextStream &stream)
