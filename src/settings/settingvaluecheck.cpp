@@ -50,7 +50,7 @@ void checkLimits(const Value &value, const Decimal &number)
     }
 }
 
-Value coerceNumber(const Value &given, const Value &value)
+Value coerceNumber(const Value &value)
 {
     if (value.isBoolean()) {
         return Value(value.isTrue() ? -1 : 0);
@@ -68,7 +68,7 @@ Value coerceNumber(const Value &given, const Value &value)
             }
         }
     }
-    mismatch(given, QStringLiteral("a number"));
+    mismatch(value, QStringLiteral("a number"));
 }
 
 } // namespace
@@ -89,7 +89,7 @@ Value coerceToDataType(int dataType, const Value &given)
     }
     switch (dataType) {
     case SettingType::Number:
-        return coerceNumber(given, value);
+        return coerceNumber(value);
     case SettingType::Date:
     case SettingType::Time:
     case SettingType::DateTime:
