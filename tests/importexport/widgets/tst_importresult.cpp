@@ -2,12 +2,10 @@
 #include "importexport/importexport_test_util.h"
 #include "importexport/importexporttexts.h"
 #include "importexport/widgets/disettingsimportexport.h"
-#include "importexport/widgets/importpreviewdialog.h"
 #include "importexport/widgets/importresultview.h"
 #include "support/fake_data_interface.h"
 #include "support/widgets/scripted_ui.h"
 
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTemporaryDir>
@@ -69,30 +67,6 @@ TEST_F(ResultTest, ImportLeavesItsSummaryAndUndoneLinesOnThePanel)
     EXPECT_TRUE(saved.startsWith(ui.messageBoxes().first().text.toUtf8().replace("\n", "\r\n")));
     EXPECT_TRUE(saved.contains("\r\nline 2: [CSET-0078] Error 6, Overflow: too large  "
                                "1-000-0-00-01,,SO2 span,1e99\r\n"));
-}
-
-TEST_F(ResultTest, PreviewSectionsAndCounts)
-{
-    writeBytes(dir.filePath("in.csv"),
-               settingsFile({";SiteID=PLANT1", "1-000-0-00-02,,Label,new", "x,,,1"}));
-    box("txtImportFile")->setText(dir.filePath("in.csv"));
-    QStringList headings;
-    QString counts;
-    ui.queueModal([&](QDialog &dialog) {
-        auto &preview = dynamic_cast<ImportPreviewDialog &>(dialog);
-        for (int i = 0; i < preview.lines()->topLevelItemCount(); ++i)
-            headings << preview.lines()->topLevelItem(i)->text(0);
-        counts = preview.findChild<QLabel *>("lblSummary")->text();
-        EXPECT_EQ(preview.section(texts::PreviewSort::Change)->child(0)->text(2), "Label");
-        return int(QDialog::Rejected);
-    });
-    click("cmdPreviewImport");
-    EXPECT_EQ(headings,
-              (QStringList{"1 would fail", "0 would change, outside the recommended range",
-                           "1 would change",
-                           "0 skipped (read-only or blank, as in the site's own export)"}));
-    EXPECT_TRUE(counts.startsWith("Preview of '" + dir.filePath("in.csv")
-                                  + "': nothing has been changed. Of its 2 settings:"));
 }
 
 // An existing file is replaced only on Yes; the one the Save As dialog chose asks no more.
