@@ -5,7 +5,7 @@
 #include "common/error.h"
 #include "common/pid.h"
 #include "host/rowreader.h"
-#include "host/settingvalue.h"
+#include "settings/settingvaluecheck.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
 #include "common/vocabulary.h"

@@ -26,7 +26,7 @@ const Command kCommands[] = {
     {"list", listCommand, "PID, type and name of parameters (--site SITE [--type CODE])"},
     {"get", getCommand, "values as the settings list shows them (--site SITE PID...)"},
     {"set", setCommand, "change a setting (--site SITE --user USER PID VALUE)"},
-    {"export", exportCommand, "save every setting to a CSV file (--site SITE FILE)"},
+    {"export", exportCommand, "save every setting to a CSV file (--site SITE [--force] FILE)"},
     {"import", importCommand, "load a CSV file (--site SITE --user USER [--dry-run] FILE)"},
     {"cal", calCommand,
      "calibration start settings (--site SITE [--user USER] list|show|set|start|abort PID...)"},
@@ -40,7 +40,7 @@ void printUsage(QTextStream &stream)
     stream << "Usage: " << kProgram << " COMMAND [options]\n\n"
            << "The command line of an Olvex site. A site is a file path, sqlite:PATH or a\n"
            << "postgresql:// URI. Exit codes: 0 done, 1 failed, 2 usage, 3 refused for lack of\n"
-           << "privilege.\n\nCommands:\n";
+           << "privilege, 4 an import that left lines of the file undone (listed).\n\nCommands:\n";
     for (const Command &command : kCommands) {
         stream << "  " << QString::fromLatin1(command.name).leftJustified(11) << command.summary
                << '\n';
