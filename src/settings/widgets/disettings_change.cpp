@@ -49,6 +49,12 @@ bool DISettings::refuseChange(qint32 pid, const QString &title, const QString &c
     return true;
 }
 
+QString DISettings::unitText(qint32 pid)
+{
+    const std::shared_ptr<UnitsLookup> units = mobjDI ? mobjDI->GetUnitsLookup() : nullptr;
+    return units ? units->UnitsText(pid) : QString();
+}
+
 void DISettings::cmdChange_Click()
 {
     guarded(
@@ -69,11 +75,13 @@ void DISettings::cmdChange_Click()
             const int dataType
                 = int(definition->GetAttribute(SettingAttr::DataType).toInteger().value_or(0));
             const EntryKind kind = entryKindFor(dataType);
+            const QString unit = unitText(pid);
             std::optional<Value> newValue;
             switch (kind) {
             case EntryKind::Number:
             case EntryKind::FreeText: {
                 frmSettings_GetNumber dialog(m_ui, this);
+                dialog.setSetting(title, unit, kind == EntryKind::Number ? dataType : 0);
                 dialog.setCurrentValue(row->text(1));
                 dialog.setDefaultValue(row->text(2));
                 if (kind == EntryKind::Number && !row->text(3).isEmpty()) {
@@ -109,6 +117,7 @@ void DISettings::cmdChange_Click()
                 ValueInputDialog dialog(m_ui, this);
                 dialog.setPrompt(u"New value of " + title + u" (for example "
                                  + dateExample(dataType) + u"):");
+                dialog.setReadingType(dataType);
                 dialog.setValue(row->text(1));
                 if (ui.runModal(dialog) != QDialog::Accepted) {
                     return;
@@ -120,6 +129,7 @@ void DISettings::cmdChange_Click()
             case EntryKind::OnOff: {
                 const auto [falseCaption, trueCaption] = yesNoCaptions(kind);
                 frmSettings_GetYesNo dialog(m_ui, this);
+                dialog.setSetting(title);
                 dialog.SetCaptions(falseCaption, trueCaption);
                 const QString shown = row->text(1);
                 dialog.setCurrentValue(shown == trueCaption    ? std::optional<bool>(true)
@@ -187,6 +197,7 @@ void DISettings::cmdChangeAlarm_Click()
             UiServices &ui = UiServices::resolve(m_ui);
             const ParameterPtr &definition = target->definition;
             frmSettings_AlarmSetpoints dialog(m_ui, this);
+            dialog.setSetting(row->text(0), unitText(pid));
             for (size_t i = 0; i < kAlarmSetpoints.size(); ++i) {
                 dialog.setSetpoint(int(i), definition->GetAttribute(kAlarmSetpoints[i].attribute));
             }
