@@ -1,10 +1,13 @@
 #include "host/commandqueue.h"
 
 #include "common/error.h"
+#include "host/idlist.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
 
 #include <QSqlQuery>
+
+#include <algorithm>
 
 namespace olvex {
 
@@ -83,68 +86,74 @@ PendingWrite readWrite(const QSqlQuery &query)
     return write;
 }
 
-// Claims the oldest claimable row of table and reads it with read.
+// Claims up to max of the oldest claimable rows of table in one statement and reads them with
+// read, oldest first.
 template<class Item, class Read>
-std::optional<Item> claim(SiteStore &store, const QString &table, const QString &columns,
-                          const QString &claimable, const QString &worker,
-                          std::chrono::milliseconds lease, Read read)
+QList<Item> claim(SiteStore &store, const QString &table, const QString &columns,
+                  const QString &claimable, const QString &worker,
+                  std::chrono::milliseconds lease, int max, Read read)
 {
     SqlConnection &sql = store.sql();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    const qint64 until = now + lease.count();
-    if (!store.isSqlite()) {
-        QSqlQuery &query
-            = sql.prepared(u"UPDATE " + table
-                           + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
-                             u" attempts = attempts + 1 WHERE id = (SELECT id FROM "
-                           + table + u" WHERE " + claimable
-                           + u" ORDER BY id LIMIT 1 FOR UPDATE SKIP LOCKED) RETURNING " + columns);
-        QueryScope scope(query);
-        query.addBindValue(notNull(worker));
-        query.addBindValue(until);
-        query.addBindValue(now);
-        sql.exec(query);
-        if (!query.next()) {
-            return std::nullopt;
-        }
-        return read(query);
+    QSqlQuery &query = sql.prepared(
+        u"UPDATE " + table
+        + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
+          u" attempts = attempts + 1 WHERE id IN (SELECT id FROM "
+        + table + u" WHERE " + claimable + u" ORDER BY id LIMIT ?"
+        + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED") + u") RETURNING " + columns);
+    QueryScope scope(query);
+    query.addBindValue(notNull(worker));
+    query.addBindValue(now + lease.count());
+    query.addBindValue(now);
+    query.addBindValue(std::max(max, 1));
+    sql.exec(query);
+    QList<Item> items;
+    while (query.next()) {
+        items.append(read(query));
     }
-    Transaction transaction(sql, SqlConnection::TransactionKind::Write);
-    qint64 id = 0;
-    {
-        QSqlQuery &query = sql.prepared(u"SELECT id FROM " + table + u" WHERE " + claimable
-                                        + u" ORDER BY id LIMIT 1");
-        QueryScope scope(query);
-        query.addBindValue(now);
-        sql.exec(query);
-        if (!query.next()) {
-            return std::nullopt;
-        }
-        id = query.value(0).toLongLong();
+    std::ranges::sort(items, {}, &QueueItem::id);
+    return items;
+}
+
+QList<qint64> held(SiteStore &store, const QString &table, const QList<qint64> &ids,
+                   const QString &worker)
+{
+    QList<qint64> held;
+    if (ids.isEmpty()) {
+        return held;
     }
-    {
-        QSqlQuery &query = sql.prepared(u"UPDATE " + table
-                                        + u" SET state = 'claimed', claimed_by = ?,"
-                                          u" claimed_until_ms = ?, attempts = attempts + 1"
-                                          u" WHERE id = ?");
-        query.addBindValue(notNull(worker));
-        query.addBindValue(until);
-        query.addBindValue(id);
-        sql.exec(query);
+    SqlConnection &sql = store.sql();
+    QSqlQuery &query = sql.prepared(
+        withIdList(u"SELECT id FROM " + table
+                       + u" WHERE id %IN_IDS% AND state = 'claimed' AND claimed_by = ? ORDER BY id"
+                       + (store.isSqlite() ? u"" : u" FOR UPDATE"),
+                   store.isSqlite()));
+    QueryScope scope(query);
+    query.addBindValue(idListText(store.isSqlite(), ids));
+    query.addBindValue(notNull(worker));
+    sql.exec(query);
+    while (query.next()) {
+        held.append(query.value(0).toLongLong());
     }
-    std::optional<Item> item;
-    {
-        QSqlQuery &query
-            = sql.prepared(u"SELECT " + columns + u" FROM " + table + u" WHERE id = ?");
-        QueryScope scope(query);
-        query.addBindValue(id);
-        sql.exec(query);
-        if (query.next()) {
-            item = read(query);
-        }
+    return held;
+}
+
+void release(SiteStore &store, const QString &table, const QList<qint64> &ids,
+             const QString &worker)
+{
+    if (ids.isEmpty()) {
+        return;
     }
-    transaction.commit();
-    return item;
+    SqlConnection &sql = store.sql();
+    QSqlQuery &query = sql.prepared(withIdList(
+        u"UPDATE " + table
+            + u" SET state = 'queued', claimed_by = NULL, claimed_until_ms = NULL"
+              u" WHERE id %IN_IDS% AND state = 'claimed' AND claimed_by = ?",
+        store.isSqlite()));
+    query.addBindValue(idListText(store.isSqlite(), ids));
+    query.addBindValue(notNull(worker));
+    sql.exec(query);
+    query.finish();
 }
 
 bool finish(SiteStore &store, const QString &table, qint64 id, const QString &worker,
@@ -182,62 +191,6 @@ QList<Item> list(SiteStore &store, const QString &table, const QString &columns,
         items.append(read(query));
     }
     return items;
-}
-
-// A cylinder's component gases are listed, with their certified values, in its attribute -312
-// ("SO2,450.5,ppm;NO,250,ppm"), in the order of its gas PIDs (-46). When a gas's value changes,
-// the list follows, in the same transaction, so the cylinder list never shows an old value.
-void refreshCylinderGases(SiteStore &store, qint32 gasPid, const Value &value, const Actor &who)
-{
-    // Most writes are of no cylinder's gas: one indexed look at the cylinders' gas lists (whose
-    // stored form holds each PID as "pid") settles that.
-    QList<qint32> cylinders;
-    {
-        SqlConnection &sql = store.sql();
-        QSqlQuery &query = sql.prepared(
-            u"SELECT p.pid FROM parameters p JOIN attributes a ON a.pid = p.pid AND a.number = "
-            + QString::number(CylinderAttr::GasPids) + u" WHERE p.ptype = "
-            + QString::number(ParameterTypes::GasCylinder) + u" AND a.val LIKE ?");
-        QueryScope scope(query);
-        query.addBindValue(QString(u"%\"" + QString::number(gasPid) + u"\"%"));
-        sql.exec(query);
-        while (query.next()) {
-            cylinders.append(query.value(0).toInt());
-        }
-    }
-    for (const qint32 cylinderPid : cylinders) {
-        const std::optional<ParameterRecord> found = store.parameter(cylinderPid);
-        if (!found) {
-            continue;
-        }
-        const ParameterRecord &cylinder = *found;
-        const Value *members = cylinder.attribute(CylinderAttr::GasPids);
-        const Value *listed = cylinder.attribute(CylinderAttr::ComponentGases);
-        if (!members || !listed) {
-            continue;
-        }
-        const QList<Value> pids = members->toArray();
-        QStringList entries = listed->toText().split(u';');
-        bool changed = false;
-        for (qsizetype i = 0; i < pids.size() && i < entries.size(); ++i) {
-            if (pids[i].toInteger() != gasPid) {
-                continue;
-            }
-            QStringList parts = entries[i].split(u',');
-            if (parts.size() < 2) {
-                continue;
-            }
-            const StoredValue stored = encodeValue(value);
-            parts[1]
-                = value.isNumeric() && !value.isText() ? stored.text.toString() : value.toText();
-            entries[i] = parts.join(u',');
-            changed = true;
-        }
-        if (changed) {
-            store.setAttribute(cylinder.pid, CylinderAttr::ComponentGases, Value(entries.join(u';')), who,
-                               QStringLiteral("component gas value"));
-        }
-    }
 }
 
 QString commandColumns()
@@ -299,15 +252,49 @@ qint64 CommandQueue::postCommand(const QString &siteId, const QString &recordTyp
 std::optional<CommandRecord> CommandQueue::claimCommand(const QString &worker,
                                                         std::chrono::milliseconds lease)
 {
+    const QList<CommandRecord> records = claimCommands(worker, lease, 1);
+    return records.isEmpty() ? std::nullopt : std::optional(records.first());
+}
+
+QList<CommandRecord> CommandQueue::claimCommands(const QString &worker,
+                                                 std::chrono::milliseconds lease, int max)
+{
     return claim<CommandRecord>(m_store, QStringLiteral("command_records"), commandColumns(),
-                                claimableCommand(), worker, lease, readCommand);
+                                claimableCommand(), worker, lease, max, readCommand);
 }
 
 std::optional<PendingWrite> CommandQueue::claimPendingWrite(const QString &worker,
                                                             std::chrono::milliseconds lease)
 {
+    const QList<PendingWrite> writes = claimPendingWrites(worker, lease, 1);
+    return writes.isEmpty() ? std::nullopt : std::optional(writes.first());
+}
+
+QList<PendingWrite> CommandQueue::claimPendingWrites(const QString &worker,
+                                                     std::chrono::milliseconds lease, int max)
+{
     return claim<PendingWrite>(m_store, QStringLiteral("pending_writes"), writeColumns(),
-                               claimableWrite(), worker, lease, readWrite);
+                               claimableWrite(), worker, lease, max, readWrite);
+}
+
+QList<qint64> CommandQueue::heldCommands(const QList<qint64> &ids, const QString &worker)
+{
+    return held(m_store, QStringLiteral("command_records"), ids, worker);
+}
+
+QList<qint64> CommandQueue::heldPendingWrites(const QList<qint64> &ids, const QString &worker)
+{
+    return held(m_store, QStringLiteral("pending_writes"), ids, worker);
+}
+
+void CommandQueue::releaseCommands(const QList<qint64> &ids, const QString &worker)
+{
+    release(m_store, QStringLiteral("command_records"), ids, worker);
+}
+
+void CommandQueue::releasePendingWrites(const QList<qint64> &ids, const QString &worker)
+{
+    release(m_store, QStringLiteral("pending_writes"), ids, worker);
 }
 
 bool CommandQueue::renewCommandLease(qint64 id, const QString &worker,
@@ -335,14 +322,13 @@ bool CommandQueue::completeCommand(qint64 id, const QString &worker, bool succee
 bool CommandQueue::applyPendingWrite(const PendingWrite &write, const QString &worker)
 {
     Transaction transaction(m_store.sql(), SqlConnection::TransactionKind::Write);
-    if (!finish(m_store, QStringLiteral("pending_writes"), write.id, worker, true,
-                QStringLiteral("applied"))) {
+    if (heldPendingWrites({write.id}, worker).isEmpty()) {
         return false;
     }
-    const Actor who{write.userName, write.clientName, write.clientAddress};
-    m_store.setCurrentValue(write.pid, write.value, 0, who,
-                            u"pending write " + QString::number(write.id));
-    refreshCylinderGases(m_store, write.pid, write.value, who);
+    const QString reason = applyPendingWrites({write}).constFirst();
+    if (!reason.isEmpty()) {
+        throw Error(StoreError::UnknownPid, reason);
+    }
     transaction.commit();
     return true;
 }
