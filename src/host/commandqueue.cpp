@@ -18,20 +18,20 @@ constexpr auto kCommonColumns = "id, state, user_name, client_name, client_addre
 constexpr auto kCommandColumns = ", site_id, record_type, text, source_code";
 constexpr auto kWriteColumns = ", pid, vkind, val";
 
-// Claimable: queued, or claimed by a worker whose lease ran out. A value write waits while an
-// older write of the same parameter is unfinished, so writes land in the order they were made.
-// The unary plus keeps the lease time out of index choice: SQLite would otherwise prepare the
-// statement again for every new time bound to it (its planner weighs bound values).
-const QString &claimableCommand()
+// Claimable: queued, or claimed by a worker whose lease ran out; each looked for on its own, so
+// that both walk the (state, id) index in id order and stop at the group's size instead of
+// sorting every unfinished item. A value write waits while an older write of the same parameter
+// is unfinished, so writes land in the order they were made. The unary plus keeps the lease time
+// out of index choice: SQLite would otherwise prepare the statement again for every new time
+// bound to it (its planner weighs bound values).
+const QString &leaseRanOut()
 {
-    static const QString where
-        = QStringLiteral("(state = 'queued' OR (state = 'claimed' AND +claimed_until_ms < ?))");
+    static const QString where = QStringLiteral("state = 'claimed' AND +claimed_until_ms < ?");
     return where;
 }
-const QString &claimableWrite()
+const QString &writeWaitsForNone()
 {
     static const QString where = QStringLiteral(
-        "(state = 'queued' OR (state = 'claimed' AND +claimed_until_ms < ?))"
         " AND NOT EXISTS (SELECT 1 FROM pending_writes e WHERE e.pid = pending_writes.pid"
         " AND e.id < pending_writes.id AND e.state IN ('queued', 'claimed'))");
     return where;
@@ -86,30 +86,38 @@ PendingWrite readWrite(const QSqlQuery &query)
     return write;
 }
 
-// Claims up to max of the oldest claimable rows of table in one statement and reads them with
-// read, oldest first.
+// Claims up to max of the oldest claimable rows of table (two statements: the claims whose lease
+// ran out, then the queued rows) and reads them with read, oldest first.
 template<class Item, class Read>
 QList<Item> claim(SiteStore &store, const QString &table, const QString &columns,
-                  const QString &claimable, const QString &worker,
+                  const QString &condition, const QString &worker,
                   std::chrono::milliseconds lease, int max, Read read)
 {
     SqlConnection &sql = store.sql();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    QSqlQuery &query = sql.prepared(
-        u"UPDATE " + table
-        + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
-          u" attempts = attempts + 1 WHERE id IN (SELECT id FROM "
-        + table + u" WHERE " + claimable + u" ORDER BY id LIMIT ?"
-        + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED") + u") RETURNING " + columns);
-    QueryScope scope(query);
-    query.addBindValue(notNull(worker));
-    query.addBindValue(now + lease.count());
-    query.addBindValue(now);
-    query.addBindValue(std::max(max, 1));
-    sql.exec(query);
     QList<Item> items;
-    while (query.next()) {
-        items.append(read(query));
+    for (const bool expired : {true, false}) {
+        if (items.size() >= max) {
+            break;
+        }
+        QSqlQuery &query = sql.prepared(
+            u"UPDATE " + table
+            + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
+              u" attempts = attempts + 1 WHERE id IN (SELECT id FROM "
+            + table + u" WHERE " + (expired ? leaseRanOut() : QStringLiteral("state = 'queued'"))
+            + condition + u" ORDER BY id LIMIT ?"
+            + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED") + u") RETURNING " + columns);
+        QueryScope scope(query);
+        query.addBindValue(notNull(worker));
+        query.addBindValue(now + lease.count());
+        if (expired) {
+            query.addBindValue(now);
+        }
+        query.addBindValue(std::max(max - int(items.size()), 1));
+        sql.exec(query);
+        while (query.next()) {
+            items.append(read(query));
+        }
     }
     std::ranges::sort(items, {}, &QueueItem::id);
     return items;
@@ -260,7 +268,7 @@ QList<CommandRecord> CommandQueue::claimCommands(const QString &worker,
                                                  std::chrono::milliseconds lease, int max)
 {
     return claim<CommandRecord>(m_store, QStringLiteral("command_records"), commandColumns(),
-                                claimableCommand(), worker, lease, max, readCommand);
+                                QString(), worker, lease, max, readCommand);
 }
 
 std::optional<PendingWrite> CommandQueue::claimPendingWrite(const QString &worker,
@@ -274,7 +282,7 @@ QList<PendingWrite> CommandQueue::claimPendingWrites(const QString &worker,
                                                      std::chrono::milliseconds lease, int max)
 {
     return claim<PendingWrite>(m_store, QStringLiteral("pending_writes"), writeColumns(),
-                               claimableWrite(), worker, lease, max, readWrite);
+                               writeWaitsForNone(), worker, lease, max, readWrite);
 }
 
 QList<qint64> CommandQueue::heldCommands(const QList<qint64> &ids, const QString &worker)

@@ -33,7 +33,7 @@ namespace olvex {
 //         t.commit();                                       // effects and state together
 //     }
 // The service works in groups instead (claimCommands, claimPendingWrites, held*, and
-// applyPendingWrites in one transaction; see DasService). A claim is one statement; PostgreSQL's
+// applyPendingWrites in one transaction; see DasService). A claim is two statements; PostgreSQL's
 // takes the rows FOR UPDATE SKIP LOCKED, so several services on one site never take the same
 // item.
 struct QueueItem
@@ -87,7 +87,7 @@ public:
     std::optional<PendingWrite> claimPendingWrite(const QString &worker,
                                                   std::chrono::milliseconds lease);
 
-    // Up to max of the oldest claimable items, claimed in one statement; oldest first.
+    // Up to max of the oldest claimable items, claimed at once; oldest first.
     QList<CommandRecord> claimCommands(const QString &worker, std::chrono::milliseconds lease,
                                        int max);
     QList<PendingWrite> claimPendingWrites(const QString &worker, std::chrono::milliseconds lease,
