@@ -34,14 +34,14 @@ struct BenchSite
     explicit BenchSite(int settings, const QString &connection = QString())
     {
         for (int i = 0; i < settings; ++i) {
-            pids.append(olvex::BuildPid(1, 400 + i / 1000, 0, 1, i % 1000));
+            pids.append(olvex::BuildPid(1, 300 + i / 100, 0, 1, i % 100));
         }
         olvex::SiteInfo info;
         info.siteId = QStringLiteral("BENCH");
         info.name = QStringLiteral("Service benchmark");
         store = olvex::SiteStore::create(
-            connection.isEmpty() ? dir.filePath(QStringLiteral("site.db")) : connection, info,
-            true, [&](olvex::SiteStore &site) {
+            connection.isEmpty() ? dir.filePath(QStringLiteral("site.db")) : connection, info, true,
+            [&](olvex::SiteStore &site) {
                 olvex::SiteBuilder builder(site);
                 for (const qint32 pid : pids) {
                     builder.addParameter(pid, u"Setting " + QString::number(pid), 4);

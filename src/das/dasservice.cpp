@@ -197,7 +197,10 @@ void DasService::claim(Group &group)
     for (int i = 0; i < 2 && group.claimed < m_groupLimit; ++i, writes = !writes) {
         const int room = m_groupLimit - group.claimed;
         if (writes) {
-            group.writes = queue().claimPendingWrites(m_workerId, m_options.lease, room);
+            // SQLite: this transaction is the claim.
+            group.writes = m_store->isSqlite()
+                               ? queue().nextPendingWrites(room)
+                               : queue().claimPendingWrites(m_workerId, m_options.lease, room);
             group.claimed += int(group.writes.size());
             m_foundEmpty[0] = group.writes.isEmpty();
         } else {
@@ -243,6 +246,9 @@ void DasService::applyWrites(Group &group)
     QList<PendingWrite> toApply;
     toApply.reserve(group.writes.size());
     const auto failed = [&](const PendingWrite &write, const QString &reason) {
+        if (m_store->isSqlite()) {
+            queue().takePendingWrites({write.id}, m_workerId);
+        }
         queue().failPendingWrite(write.id, m_workerId, reason);
         result(group, {DasResult::Kind::ValueWrite, write.id, false, reason,
                        describe(write) + u" failed: " + reason});
@@ -258,7 +264,7 @@ void DasService::applyWrites(Group &group)
     if (toApply.isEmpty()) {
         return;
     }
-    const QStringList reasons = queue().applyPendingWrites(toApply);
+    const QStringList reasons = queue().applyPendingWrites(toApply, m_workerId);
     for (qsizetype i = 0; i < toApply.size(); ++i) {
         const PendingWrite &write = toApply[i];
         if (reasons[i].isEmpty()) {

@@ -85,7 +85,7 @@ public:
     DasService &operator=(const DasService &) = delete;
 
     // The most items one step claims.
-    static constexpr int kMaxGroup = 1000;
+    static constexpr int kMaxGroup = 4096;
 
     // One step: claims the next group (value writes and command records take turns at being
     // claimed first) and carries it out. The number of items finished (done or failed); 0:

@@ -2,6 +2,7 @@
 
 #include "common/error.h"
 #include "host/idlist.h"
+#include "host/rowreader.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
 
@@ -51,72 +52,117 @@ QueueItem::State stateFromName(const QString &name)
     return QueueItem::State::Queued;
 }
 
-void readCommon(const QSqlQuery &query, QueueItem &item)
+// A row of a QSqlQuery read like a RowReader's, so that one reader serves both.
+struct QueryRow
 {
-    item.id = query.value(0).toLongLong();
-    item.state = stateFromName(query.value(1).toString());
-    item.userName = query.value(2).toString();
-    item.clientName = query.value(3).toString();
-    item.clientAddress = query.value(4).toString();
-    item.postedAt = fromStoreTime(query.value(5));
-    item.claimedBy = query.value(6).toString();
-    item.claimedUntil = fromStoreTime(query.value(7));
-    item.attempts = query.value(8).toInt();
-    item.doneAt = fromStoreTime(query.value(9));
-    item.result = query.value(10).toString();
+    const QSqlQuery &query;
+    bool isNull(int column) const { return query.isNull(column); }
+    qint64 integer(int column) const { return query.value(column).toLongLong(); }
+    QString text(int column) const { return query.value(column).toString(); }
+};
+
+// In UTC: a local time costs a look at the system's zone rules per value, and the service reads
+// thousands of items a second.
+template<class Row>
+QDateTime utcTime(const Row &row, int column)
+{
+    return row.isNull(column) ? QDateTime()
+                              : QDateTime::fromMSecsSinceEpoch(row.integer(column), Qt::UTC);
 }
 
-CommandRecord readCommand(const QSqlQuery &query)
+template<class Row>
+void readCommon(const Row &row, QueueItem &item)
 {
-    CommandRecord record;
-    readCommon(query, record);
-    record.siteId = query.value(11).toString();
-    record.recordType = query.value(12).toString();
-    record.text = query.value(13).toString();
-    record.sourceCode = query.value(14).toString();
-    return record;
+    item.id = row.integer(0);
+    item.state = stateFromName(row.text(1));
+    item.userName = row.text(2);
+    item.clientName = row.text(3);
+    item.clientAddress = row.text(4);
+    item.postedAt = utcTime(row, 5);
+    item.claimedBy = row.text(6);
+    item.claimedUntil = utcTime(row, 7);
+    item.attempts = int(row.integer(8));
+    item.doneAt = utcTime(row, 9);
+    item.result = row.text(10);
 }
 
-PendingWrite readWrite(const QSqlQuery &query)
+struct ReadCommand
 {
-    PendingWrite write;
-    readCommon(query, write);
-    write.pid = query.value(11).toInt();
-    write.value = decodeValue(query.value(12).toInt(), query.value(13).toString());
-    return write;
-}
+    template<class Row>
+    CommandRecord operator()(const Row &row) const
+    {
+        CommandRecord record;
+        readCommon(row, record);
+        record.siteId = row.text(11);
+        record.recordType = row.text(12);
+        record.text = row.text(13);
+        record.sourceCode = row.text(14);
+        return record;
+    }
+};
+
+struct ReadWrite
+{
+    template<class Row>
+    PendingWrite operator()(const Row &row) const
+    {
+        PendingWrite write;
+        readCommon(row, write);
+        write.pid = qint32(row.integer(11));
+        write.value = decodeValue(int(row.integer(12)), row.text(13));
+        return write;
+    }
+};
 
 // Claims up to max of the oldest claimable rows of table (two statements: the claims whose lease
 // ran out, then the queued rows) and reads them with read, oldest first.
+// With worker empty, only reads them (SQLite, in the caller's write transaction).
 template<class Item, class Read>
 QList<Item> claim(SiteStore &store, const QString &table, const QString &columns,
-                  const QString &condition, const QString &worker,
-                  std::chrono::milliseconds lease, int max, Read read)
+                  const QString &condition, const QString &worker, std::chrono::milliseconds lease,
+                  int max, Read read)
 {
     SqlConnection &sql = store.sql();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const bool readOnly = worker.isEmpty();
     QList<Item> items;
     for (const bool expired : {true, false}) {
         if (items.size() >= max) {
             break;
         }
-        QSqlQuery &query = sql.prepared(
-            u"UPDATE " + table
-            + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
-              u" attempts = attempts + 1 WHERE id IN (SELECT id FROM "
-            + table + u" WHERE " + (expired ? leaseRanOut() : QStringLiteral("state = 'queued'"))
-            + condition + u" ORDER BY id LIMIT ?"
-            + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED") + u") RETURNING " + columns);
+        const QString select = u" FROM " + table + u" WHERE "
+                               + (expired ? leaseRanOut() : QStringLiteral("state = 'queued'"))
+                               + condition + u" ORDER BY id LIMIT ?";
+        const qint64 limit = std::max(max - int(items.size()), 1);
+        if (readOnly && store.isSqlite()) {
+            // Many rows, read without a QVariant per column.
+            RowReader rows(sql, u"SELECT " + columns + select);
+            if (expired) {
+                rows.bind(now);
+            }
+            rows.bind(limit);
+            rows.exec();
+            while (rows.next()) {
+                items.append(read(rows));
+            }
+            continue;
+        }
+        QSqlQuery &query
+            = sql.prepared(u"UPDATE " + table
+                           + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
+                             u" attempts = attempts + 1 WHERE id IN (SELECT id"
+                           + select + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED")
+                           + u") RETURNING " + columns);
         QueryScope scope(query);
         query.addBindValue(notNull(worker));
         query.addBindValue(now + lease.count());
         if (expired) {
             query.addBindValue(now);
         }
-        query.addBindValue(std::max(max - int(items.size()), 1));
+        query.addBindValue(limit);
         sql.exec(query);
         while (query.next()) {
-            items.append(read(query));
+            items.append(read(QueryRow{query}));
         }
     }
     std::ranges::sort(items, {}, &QueueItem::id);
@@ -153,11 +199,11 @@ void release(SiteStore &store, const QString &table, const QList<qint64> &ids,
         return;
     }
     SqlConnection &sql = store.sql();
-    QSqlQuery &query = sql.prepared(withIdList(
-        u"UPDATE " + table
-            + u" SET state = 'queued', claimed_by = NULL, claimed_until_ms = NULL"
-              u" WHERE id %IN_IDS% AND state = 'claimed' AND claimed_by = ?",
-        store.isSqlite()));
+    QSqlQuery &query = sql.prepared(
+        withIdList(u"UPDATE " + table
+                       + u" SET state = 'queued', claimed_by = NULL, claimed_until_ms = NULL"
+                         u" WHERE id %IN_IDS% AND state = 'claimed' AND claimed_by = ?",
+                   store.isSqlite()));
     query.addBindValue(idListText(store.isSqlite(), ids));
     query.addBindValue(notNull(worker));
     sql.exec(query);
@@ -196,7 +242,7 @@ QList<Item> list(SiteStore &store, const QString &table, const QString &columns,
     sql.exec(query);
     QList<Item> items;
     while (query.next()) {
-        items.append(read(query));
+        items.append(read(QueryRow{query}));
     }
     return items;
 }
@@ -268,7 +314,7 @@ QList<CommandRecord> CommandQueue::claimCommands(const QString &worker,
                                                  std::chrono::milliseconds lease, int max)
 {
     return claim<CommandRecord>(m_store, QStringLiteral("command_records"), commandColumns(),
-                                QString(), worker, lease, max, readCommand);
+                                QString(), worker, lease, max, ReadCommand());
 }
 
 std::optional<PendingWrite> CommandQueue::claimPendingWrite(const QString &worker,
@@ -282,7 +328,31 @@ QList<PendingWrite> CommandQueue::claimPendingWrites(const QString &worker,
                                                      std::chrono::milliseconds lease, int max)
 {
     return claim<PendingWrite>(m_store, QStringLiteral("pending_writes"), writeColumns(),
-                               writeWaitsForNone(), worker, lease, max, readWrite);
+                               writeWaitsForNone(), worker, lease, max, ReadWrite());
+}
+
+QList<PendingWrite> CommandQueue::nextPendingWrites(int max)
+{
+    Q_ASSERT(m_store.isSqlite() && m_store.sql().inTransaction());
+    return claim<PendingWrite>(m_store, QStringLiteral("pending_writes"), writeColumns(),
+                               writeWaitsForNone(), QString(), std::chrono::milliseconds(0), max,
+                               ReadWrite());
+}
+
+void CommandQueue::takePendingWrites(const QList<qint64> &ids, const QString &worker)
+{
+    if (ids.isEmpty()) {
+        return;
+    }
+    SqlConnection &sql = m_store.sql();
+    QSqlQuery &query = sql.prepared(
+        withIdList(QStringLiteral("UPDATE pending_writes SET state = 'claimed', claimed_by = ?,"
+                                  " attempts = attempts + 1 WHERE id %IN_IDS%"),
+                   m_store.isSqlite()));
+    query.addBindValue(notNull(worker));
+    query.addBindValue(idListText(m_store.isSqlite(), ids));
+    sql.exec(query);
+    query.finish();
 }
 
 QList<qint64> CommandQueue::heldCommands(const QList<qint64> &ids, const QString &worker)
@@ -333,7 +403,7 @@ bool CommandQueue::applyPendingWrite(const PendingWrite &write, const QString &w
     if (heldPendingWrites({write.id}, worker).isEmpty()) {
         return false;
     }
-    const QString reason = applyPendingWrites({write}).constFirst();
+    const QString reason = applyPendingWrites({write}, worker).constFirst();
     if (!reason.isEmpty()) {
         throw Error(StoreError::UnknownPid, reason);
     }
@@ -349,13 +419,13 @@ bool CommandQueue::failPendingWrite(qint64 id, const QString &worker, const QStr
 QList<CommandRecord> CommandQueue::commands(std::optional<QueueItem::State> state)
 {
     return list<CommandRecord>(m_store, QStringLiteral("command_records"), commandColumns(), state,
-                               readCommand);
+                               ReadCommand());
 }
 
 QList<PendingWrite> CommandQueue::pendingWrites(std::optional<QueueItem::State> state)
 {
     return list<PendingWrite>(m_store, QStringLiteral("pending_writes"), writeColumns(), state,
-                              readWrite);
+                              ReadWrite());
 }
 
 } // namespace olvex

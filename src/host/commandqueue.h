@@ -5,8 +5,8 @@
 
 #include <QDateTime>
 #include <QList>
-#include <QStringList>
 #include <QString>
+#include <QStringList>
 
 #include <chrono>
 #include <optional>
@@ -36,6 +36,7 @@ namespace olvex {
 // applyPendingWrites in one transaction; see DasService). A claim is two statements; PostgreSQL's
 // takes the rows FOR UPDATE SKIP LOCKED, so several services on one site never take the same
 // item.
+// Its times are in UTC.
 struct QueueItem
 {
     enum class State { Queued, Claimed, Done, Failed };
@@ -92,6 +93,12 @@ public:
                                        int max);
     QList<PendingWrite> claimPendingWrites(const QString &worker, std::chrono::milliseconds lease,
                                            int max);
+    // SQLite only, inside the caller's write transaction: up to max of the oldest claimable writes,
+    // left as they are. The transaction that applies them (applyPendingWrites) holds the only
+    // claim there is: nobody else writes to the site until it ends. takePendingWrites marks the
+    // ones it fails instead as claimed by worker, for failPendingWrite.
+    QList<PendingWrite> nextPendingWrites(int max);
+    void takePendingWrites(const QList<qint64> &ids, const QString &worker);
     // Of ids, the items worker still holds a claim on; to be asked in the write transaction that
     // finishes them: on PostgreSQL the rows stay locked until it ends, so no other service takes
     // them over meanwhile, however long the work takes.
@@ -119,7 +126,7 @@ public:
     // all of them: the values, their audit rows, the writes marked done, the cylinders' gas
     // lists. Returns, parallel to writes, an empty text for a write applied, or why it could not
     // be (its parameter is gone): recording that failure is the caller's.
-    QStringList applyPendingWrites(const QList<PendingWrite> &writes);
+    QStringList applyPendingWrites(const QList<PendingWrite> &writes, const QString &worker);
     bool failPendingWrite(qint64 id, const QString &worker, const QString &reason);
 
     // Items, oldest first; all states when state is nullopt.

@@ -6,7 +6,7 @@ namespace {
 
 // Largest first; 128 rows of a dozen columns stay well below either backend's limit on bound
 // values, and a group of any size needs few statements.
-constexpr qsizetype kChunkRows[] = {128, 32, 8, 1};
+constexpr qsizetype kChunkRows[] = {16, 4, 1};
 
 QString statementText(const QString &head, int columns, qsizetype rows, const QString &tail)
 {

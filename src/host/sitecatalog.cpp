@@ -4,12 +4,12 @@
 
 #include "common/error.h"
 #include "common/pid.h"
+#include "common/vocabulary.h"
 #include "host/idlist.h"
 #include "host/rowreader.h"
 #include "host/settingvalue.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
-#include "common/vocabulary.h"
 
 #include <QSqlQuery>
 

@@ -98,7 +98,8 @@ void refreshCylinders(SiteStore &store, const QHash<qint32, const PendingWrite *
 
 } // namespace
 
-QStringList CommandQueue::applyPendingWrites(const QList<PendingWrite> &writes)
+QStringList CommandQueue::applyPendingWrites(const QList<PendingWrite> &writes,
+                                             const QString &worker)
 {
     SqlConnection &sql = m_store.sql();
     const bool sqlite = m_store.isSqlite();
@@ -152,17 +153,18 @@ QStringList CommandQueue::applyPendingWrites(const QList<PendingWrite> &writes)
 
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     const QString time = dateTimeText(QDateTime::fromMSecsSinceEpoch(now));
-    insertRows(sql, QStringLiteral("INSERT INTO current_values (pid, vkind, val, status, time)"), 5,
-               applied.size(),
-               [&](QSqlQuery &query, qsizetype i) {
-                   query.addBindValue(applied[i]->pid);
-                   bind(query, values[i]);
-                   query.addBindValue(0);
-                   query.addBindValue(time);
-               },
-               QStringLiteral("ON CONFLICT (pid) DO UPDATE SET vkind = excluded.vkind,"
-                              " val = excluded.val, status = excluded.status,"
-                              " time = excluded.time"));
+    insertRows(
+        sql, QStringLiteral("INSERT INTO current_values (pid, vkind, val, status, time)"), 5,
+        applied.size(),
+        [&](QSqlQuery &query, qsizetype i) {
+            query.addBindValue(applied[i]->pid);
+            bind(query, values[i]);
+            query.addBindValue(0);
+            query.addBindValue(time);
+        },
+        QStringLiteral("ON CONFLICT (pid) DO UPDATE SET vkind = excluded.vkind,"
+                       " val = excluded.val, status = excluded.status,"
+                       " time = excluded.time"));
     insertRows(sql,
                QStringLiteral("INSERT INTO audit_trail (changed_ms, user_name, client_name,"
                               " client_address, pid, attribute, old_vkind, old_val, new_vkind,"
@@ -180,10 +182,15 @@ QStringList CommandQueue::applyPendingWrites(const QList<PendingWrite> &writes)
                    query.addBindValue(QString(u"pending write " + QString::number(write.id)));
                });
     {
+        // A write read by nextPendingWrites (SQLite) is claimed here, and done at once.
         QSqlQuery &query = sql.prepared(withIdList(
-            QStringLiteral("UPDATE pending_writes SET state = 'done', done_ms = ?,"
-                           " result = 'applied' WHERE id %IN_IDS%"),
+            QStringLiteral("UPDATE pending_writes SET attempts = attempts + CASE WHEN"
+                           " state = 'claimed' AND claimed_by = ? THEN 0 ELSE 1 END,"
+                           " state = 'done', claimed_by = ?, done_ms = ?, result = 'applied'"
+                           " WHERE id %IN_IDS%"),
             sqlite));
+        query.addBindValue(notNull(worker));
+        query.addBindValue(notNull(worker));
         query.addBindValue(now);
         query.addBindValue(idListText(sqlite, ids));
         sql.exec(query);

@@ -247,15 +247,16 @@ TEST_P(DasTest, ItemThatFailsInAGroupFailsAloneAndTheRestCommits)
     queueManyWrites(2);
     for (qsizetype i = 0; i < std::ssize(cases); ++i) {
         const qint32 pid = m_pids.at(20 + i);
-        service.handlers().add(QString::fromLatin1(cases[i].action), [&, i, pid](CommandContext &c) {
-            seen << c.action + u' ' + c.command.name() + u' ' + c.command.attribute(u"pid"_s) + u' '
-                        + c.record.recordType + u' ' + c.record.sourceCode;
-            EXPECT_TRUE(c.keepClaim());
-            c.store.setCurrentValue(pid, Value(7), 0, kOperator, u"handler"_s);
-            return cases[i].finish();
-        });
-        ids.append(post(u"<Command action=\""_s + QString::fromLatin1(cases[i].action) + u"\" pid=\""_s
-                            + QString::number(pid) + u"\" />"_s,
+        service.handlers().add(
+            QString::fromLatin1(cases[i].action), [&, i, pid](CommandContext &c) {
+                seen << c.action + u' ' + c.command.name() + u' ' + c.command.attribute(u"pid"_s)
+                            + u' ' + c.record.recordType + u' ' + c.record.sourceCode;
+                EXPECT_TRUE(c.keepClaim());
+                c.store.setCurrentValue(pid, Value(7), 0, kOperator, u"handler"_s);
+                return cases[i].finish();
+            });
+        ids.append(post(u"<Command action=\""_s + QString::fromLatin1(cases[i].action)
+                            + u"\" pid=\""_s + QString::number(pid) + u"\" />"_s,
                         u"CSET-0031"_s));
     }
     queueManyWrites(2);
@@ -302,56 +303,34 @@ TEST_P(DasTest, StoreFailureIsTriedAgainThenFailsTheRecord)
                                       ".*failed: the store failed 3 times[^|]*"));
 }
 
-// A service claimed an item and died (its claim is left behind with a lease).
+// A service claimed two items and died: they are taken again only once the lease ran out, and
+// nothing the dead service does afterwards counts.
 TEST_P(DasTest, ClaimOfADeadServiceIsTakenOnlyAfterItsLeaseAndCarriedOutOnce)
 {
     const qint32 pid = m_pids.at(3);
-    int value = 100;
-    for (const bool leaseRanOut : {false, true}) {
-        SCOPED_TRACE(leaseRanOut ? "lease ran out" : "lease still running");
-        const qint64 auditBefore = auditRows(pid);
-        const qint64 writeId = m_store->queueValueWrite(pid, Value(++value), kOperator);
-        const qint64 commandId = post(u"<Command action=\"Count\" />"_s);
-        CommandQueue dead(*m_store);
-        const QString deadId = u"dead-worker"_s;
-        const auto write = dead.claimPendingWrite(deadId, leaseRanOut ? 1ms : 60s);
-        const auto record = dead.claimCommand(deadId, leaseRanOut ? 1ms : 60s);
-        ASSERT_TRUE(write && record && write->id == writeId && record->id == commandId);
-        QThread::msleep(5);
-
-        DasService service(m_store, options());
-        int calls = 0;
-        service.handlers().add(u"Count"_s, [&](CommandContext &) {
-            ++calls;
-            return CommandOutcome::done();
-        });
-        const int taken = service.runOnce() + service.runOnce();
-        EXPECT_EQ(service.runOnce(), 0);
-        EXPECT_EQ(auditRows(pid) - auditBefore, leaseRanOut ? 1 : 0);
-        if (!leaseRanOut) {
-            EXPECT_EQ(taken, 0);
-            EXPECT_EQ(service.outstanding(), 2);
-            EXPECT_EQ(calls, 0);
-            EXPECT_TRUE(m_store->liveState(pid).changePending);
-            // The owner of the claim finishes normally.
-            EXPECT_TRUE(dead.applyPendingWrite(*write, deadId));
-            EXPECT_TRUE(dead.completeCommand(commandId, deadId, true, u"done"_s));
-            continue;
-        }
-        EXPECT_EQ(taken, 2);
-        EXPECT_EQ(calls, 1);
-        EXPECT_EQ(count(u"pending_writes WHERE state = 'done' AND claimed_by = 'test-service'"_s),
-                  1);
-        // The dead service comes back to life too late: nothing it does counts any more.
-        EXPECT_FALSE(dead.applyPendingWrite(*write, deadId));
-        EXPECT_FALSE(dead.failPendingWrite(writeId, deadId, u"late"_s));
-        EXPECT_FALSE(dead.completeCommand(commandId, deadId, false, u"late"_s));
-        EXPECT_EQ(command(commandId).state, QueueItem::State::Done);
-        EXPECT_EQ(command(commandId).result, u"done"_s);
-        EXPECT_EQ(auditRows(pid) - auditBefore, 1);
-        EXPECT_EQ(m_store->liveState(pid).current.Value, Value(value));
-        EXPECT_FALSE(m_store->liveState(pid).changePending);
-    }
+    const qint64 auditBefore = auditRows(pid);
+    const qint64 writeId = m_store->queueValueWrite(pid, Value(101), kOperator);
+    const qint64 commandId = post(u"<Command action=\"Count\" />"_s);
+    CommandQueue dead(*m_store);
+    const auto write = dead.claimPendingWrite(u"dead"_s, 500ms);
+    ASSERT_TRUE(write && dead.claimCommand(u"dead"_s, 500ms));
+    DasService service(m_store, options());
+    int calls = 0;
+    service.handlers().add(u"Count"_s, [&](CommandContext &) {
+        ++calls;
+        return CommandOutcome::done();
+    });
+    EXPECT_EQ(service.runOnce(), 0) << "the lease still runs";
+    QThread::msleep(600);
+    EXPECT_EQ(drain(service), 2);
+    EXPECT_EQ(calls, 1);
+    EXPECT_FALSE(dead.applyPendingWrite(*write, u"dead"_s));
+    EXPECT_FALSE(dead.failPendingWrite(writeId, u"dead"_s, u"late"_s));
+    EXPECT_FALSE(dead.completeCommand(commandId, u"dead"_s, false, u"late"_s));
+    EXPECT_EQ(command(commandId).result, u"done"_s);
+    EXPECT_EQ(auditRows(pid) - auditBefore, 1);
+    EXPECT_EQ(m_store->liveState(pid).current.Value, Value(101));
+    EXPECT_FALSE(m_store->liveState(pid).changePending);
 }
 
 TEST_P(DasTest, GroupsGrowWhileTheQueueIsLongAndCommandsDoNotWaitForItsEnd)
@@ -484,18 +463,15 @@ TEST_P(DasTest, TwoProgramsOnOneSiteNeverCarryOutTheSameItemTwice)
 
     expectEveryWriteAppliedOnce();
     // One result line per item in the message log, whichever service wrote it.
-    QHash<QString, int> lines;
+    QStringList items;
     static const QRegularExpression item(u"^\\d+ DAS: (command record|value write) (\\d+) "_s);
     for (const QString &line : messageLog()) {
         if (const auto match = item.match(line); match.hasMatch()) {
-            ++lines[match.captured(1) + match.captured(2)];
+            items.append(match.captured(1) + match.captured(2));
         }
     }
-    EXPECT_EQ(lines.size(), m_queued + kCommands);
-    for (auto it = lines.cbegin(); it != lines.cend(); ++it) {
-        EXPECT_EQ(it.value(), 1) << it.key().toStdString();
-    }
-    EXPECT_EQ(count(u"command_records"_s), kCommands);
+    EXPECT_EQ(items.size(), m_queued + kCommands);
+    EXPECT_EQ(QSet<QString>(items.cbegin(), items.cend()).size(), items.size());
     EXPECT_EQ(count(u"command_records WHERE state = 'failed' AND attempts = 1"
                     u" AND result = 'no handler for action ''RaiseMsg'''"_s),
               kCommands);

@@ -96,10 +96,9 @@ struct Tally
     {
         const double seconds = std::max(clock.nsecsElapsed() / 1e9, 1e-3);
         const qint64 items = done + failed;
-        return QString::number(items) + u" items carried out (" + QString::number(done)
-               + u" done, " + QString::number(failed) + u" failed) in "
-               + QString::number(seconds, 'f', 1) + u" s, "
-               + QString::number(qRound64(items / seconds)) + u" items a second";
+        return QString::number(items) + u" items carried out (" + QString::number(done) + u" done, "
+               + QString::number(failed) + u" failed) in " + QString::number(seconds, 'f', 1)
+               + u" s, " + QString::number(qRound64(items / seconds)) + u" items a second";
     }
 };
 
@@ -179,18 +178,17 @@ int main(int argc, char **argv)
 
     Tally tally;
     tally.clock.start();
-    QObject::connect(&runner, &olvex::DasRunner::itemFinished, &app,
-                     [&](const olvex::DasResult &result) {
-                         ++(result.succeeded ? tally.done : tally.failed);
-                     });
+    QObject::connect(
+        &runner, &olvex::DasRunner::itemFinished, &app,
+        [&](const olvex::DasResult &result) { ++(result.succeeded ? tally.done : tally.failed); });
 
     QSocketNotifier stopNotifier(signalPipe[1], QSocketNotifier::Read);
     QObject::connect(&stopNotifier, &QSocketNotifier::activated, &app, [&] {
         char byte = 0;
         [[maybe_unused]] const auto read = ::read(signalPipe[1], &byte, 1);
         runner.stop();
-        logLine(1, u"DAS: service " + runner.service().workerId() + u" stopped: "
-                       + tally.summary());
+        logLine(1,
+                u"DAS: service " + runner.service().workerId() + u" stopped: " + tally.summary());
         QCoreApplication::exit(0);
     });
     QObject::connect(&runner, &olvex::DasRunner::drained, &app, [&] {
