@@ -9,6 +9,7 @@
 #include <QSqlQuery>
 
 #include <algorithm>
+#include <optional>
 
 namespace olvex {
 
@@ -147,12 +148,16 @@ QList<Item> claim(SiteStore &store, const QString &table, const QString &columns
             }
             continue;
         }
+        const QString update = u"UPDATE " + table
+                               + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
+                                 u" attempts = attempts + 1 WHERE id IN (SELECT id"
+                               + select + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED")
+                               + u") RETURNING " + columns;
+        // PostgreSQL plans a statement kept prepared once for any LIMIT, and that plan sorts the
+        // whole queue: prepared anew, each claim gets a plan for its own group size.
+        std::optional<QSqlQuery> once;
         QSqlQuery &query
-            = sql.prepared(u"UPDATE " + table
-                           + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
-                             u" attempts = attempts + 1 WHERE id IN (SELECT id"
-                           + select + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED")
-                           + u") RETURNING " + columns);
+            = store.isSqlite() ? sql.prepared(update) : once.emplace(sql.prepare(update));
         QueryScope scope(query);
         query.addBindValue(notNull(worker));
         query.addBindValue(now + lease.count());
