@@ -130,6 +130,7 @@ struct DasService::Group
     // The group's message-log lines, in order: its results and its items' failed attempts.
     QList<std::pair<int, QString>> lines;
     int claimed = 0;
+    int triedAgain = 0; // items back in the queue for another try
 };
 
 int DasService::step(bool mayRetry)
@@ -174,8 +175,12 @@ int DasService::step(bool mayRetry)
             m_observer(result);
         }
     }
-    // A group whose items all went back to the queue for another try is a failed step.
-    return group.results.isEmpty() ? -1 : int(group.results.size());
+    // A group whose items all went back to the queue for another try is a failed step; one
+    // whose claims were all lost to another service found nothing to do.
+    if (group.results.isEmpty()) {
+        return group.triedAgain > 0 ? -1 : 0;
+    }
+    return int(group.results.size());
 }
 
 void DasService::claim(Group &group)
@@ -305,6 +310,7 @@ void DasService::carryOutCommands(Group &group)
                 savepoint.rollback();
                 if (tryAgain(group, key, what, reason, storeFailure)) {
                     queue().releaseCommands({record.id}, m_workerId);
+                    ++group.triedAgain;
                     continue;
                 }
                 outcome = CommandOutcome::failed(m_failures.value(key).reason);
