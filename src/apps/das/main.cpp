@@ -11,9 +11,11 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QSocketNotifier>
 #include <QTextStream>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <sys/socket.h>
@@ -30,7 +32,7 @@ constexpr int kDrainFailureLimit = 5;
 
 int signalPipe[2] = {-1, -1};
 
-// Only writes one byte: the event loop does the rest, after the item in hand is finished.
+// Only writes one byte: the event loop does the rest, after the group in hand is finished.
 extern "C" void onStopSignal(int)
 {
     const int saved = errno;
@@ -83,6 +85,23 @@ std::optional<std::chrono::milliseconds> milliseconds(const QString &text)
     return std::chrono::milliseconds(value);
 }
 
+// What a run carried out, for its last line.
+struct Tally
+{
+    qint64 done = 0;
+    qint64 failed = 0;
+    QElapsedTimer clock;
+
+    QString summary() const
+    {
+        const double seconds = std::max(clock.nsecsElapsed() / 1e9, 1e-3);
+        const qint64 items = done + failed;
+        return QString::number(items) + u" items carried out (" + QString::number(done) + u" done, "
+               + QString::number(failed) + u" failed) in " + QString::number(seconds, 'f', 1)
+               + u" s, " + QString::number(qRound64(items / seconds)) + u" items a second";
+    }
+};
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -93,7 +112,7 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Carries out the pending value writes and command records of a site.\n"
-                       "Runs until SIGTERM or SIGINT (the item in hand is finished first)."));
+                       "Runs until SIGTERM or SIGINT (the items in hand are finished first)."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption siteOption(
         QStringLiteral("site"), QStringLiteral("The site: an SQLite file or a postgresql:// URI."),
@@ -157,16 +176,24 @@ int main(int argc, char **argv)
     logLine(1, u"DAS: service " + runner.service().workerId() + u" started on " + site
                    + (draining ? u" (until the queue is empty)" : u""));
 
+    Tally tally;
+    tally.clock.start();
+    QObject::connect(
+        &runner, &olvex::DasRunner::itemFinished, &app,
+        [&](const olvex::DasResult &result) { ++(result.succeeded ? tally.done : tally.failed); });
+
     QSocketNotifier stopNotifier(signalPipe[1], QSocketNotifier::Read);
     QObject::connect(&stopNotifier, &QSocketNotifier::activated, &app, [&] {
         char byte = 0;
         [[maybe_unused]] const auto read = ::read(signalPipe[1], &byte, 1);
         runner.stop();
-        logLine(1, u"DAS: service " + runner.service().workerId() + u" stopped");
+        logLine(1,
+                u"DAS: service " + runner.service().workerId() + u" stopped: " + tally.summary());
         QCoreApplication::exit(0);
     });
     QObject::connect(&runner, &olvex::DasRunner::drained, &app, [&] {
-        logLine(1, u"DAS: service " + runner.service().workerId() + u" drained the queue");
+        logLine(1, u"DAS: service " + runner.service().workerId() + u" drained the queue: "
+                       + tally.summary());
         QCoreApplication::exit(0);
     });
     QObject::connect(&runner, &olvex::DasRunner::stepFailed, &app, [&](const QString &error) {
