@@ -4,6 +4,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <utility>
+
+class QDockWidget;
 class QLabel;
 class QTabWidget;
 
@@ -21,6 +24,8 @@ public:
     // case with blanks as dashes.
     void addTab(QWidget *component, const QString &title, const QString &shotName = {});
     QTabWidget *tabs() const { return m_tabs; }
+    // A panel docked beside the tabs; saveScreenshots renders it alone to <shotName>.png.
+    void addDock(QDockWidget *dock, Qt::DockWidgetArea area, const QString &shotName);
 
     void setSite(const QString &siteId, const QString &siteName);
     void setUser(const QString &userName);
@@ -35,6 +40,7 @@ public:
 private:
     QTabWidget *m_tabs;
     QStringList m_shotNames;
+    QList<std::pair<QDockWidget *, QString>> m_dockShots;
     QLabel *m_site;
     QLabel *m_user;
     QLabel *m_backend;

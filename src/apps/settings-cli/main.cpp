@@ -1,5 +1,6 @@
 // olvex-settings: the headless command line of a site. One subcommand per table row; each lives
 // in the file of its group (sitecommands.cpp, parametercommands.cpp, ...).
+#include "calconfirm_commands.h"
 #include "cliutil.h"
 #include "commands.h"
 
@@ -27,6 +28,8 @@ const Command kCommands[] = {
     {"set", setCommand, "change a setting (--site SITE --user USER PID VALUE)"},
     {"export", exportCommand, "save every setting to a CSV file (--site SITE FILE)"},
     {"import", importCommand, "load a CSV file (--site SITE --user USER [--dry-run] FILE)"},
+    {"messages", messagesCommand, "the raised system messages (--site SITE [--last N])"},
+    {"cal pending", calPendingCommand, "calibrations waiting for confirmation (--site SITE)"},
 };
 
 void printUsage(QTextStream &stream)
@@ -36,7 +39,7 @@ void printUsage(QTextStream &stream)
            << "postgresql:// URI. Exit codes: 0 done, 1 failed, 2 usage, 3 refused for lack of\n"
            << "privilege.\n\nCommands:\n";
     for (const Command &command : kCommands) {
-        stream << "  " << QString::fromLatin1(command.name).leftJustified(11) << command.summary
+        stream << "  " << QString::fromLatin1(command.name).leftJustified(12) << command.summary
                << '\n';
     }
     stream << "\n" << kProgram << " COMMAND --help shows a command's options.\n";
@@ -62,9 +65,13 @@ int main(int argc, char **argv)
         printUsage(out);
         return ExitCode::Ok;
     }
-    for (const Command &command : kCommands) {
-        if (name == QLatin1StringView(command.name)) {
-            return command.run(args, out, err);
+    // A two-word command ("cal pending") goes before a one-word one of its first word.
+    const QString twoWords = args.size() > 1 ? name + u' ' + args.at(1) : QString();
+    for (const QString &wanted : {twoWords, name}) {
+        for (const Command &command : kCommands) {
+            if (!wanted.isEmpty() && wanted == QLatin1StringView(command.name)) {
+                return command.run(args, out, err);
+            }
         }
     }
     complain(err, u"unknown command '" + name + u"' (see " + kProgram + u" --help)",
