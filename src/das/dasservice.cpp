@@ -2,7 +2,9 @@
 
 #include "common/error.h"
 #include "common/pid.h"
+#include "das/calstarthandlers.h"
 #include "das/workerid.h"
+#include "host/siteclock.h"
 #include "host/storeerrors.h"
 
 #include <QElapsedTimer>
@@ -72,6 +74,11 @@ DasService::DasService(std::shared_ptr<SiteStore> store, DasOptions options)
     if (m_options.lease.count() < 1) {
         m_options.lease = std::chrono::milliseconds(1);
     }
+    if (!m_options.clock) {
+        m_options.clock = std::make_shared<SiteClock>();
+    }
+    m_calChecks = std::make_unique<CalCheckRunner>(m_options.clock);
+    addCalStartHandlers(m_handlers, *m_calChecks);
 }
 
 DasService::~DasService() = default;
@@ -89,6 +96,7 @@ int DasService::outstanding()
 
 int DasService::runOnce() noexcept
 {
+    advanceCalChecks();
     int result = -1;
     guarded([&] { result = step(); },
             [&](const CaughtError &error) {
@@ -101,6 +109,27 @@ int DasService::runOnce() noexcept
         reopenStore();
     }
     return result;
+}
+
+void DasService::advanceCalChecks()
+{
+    // A look at the running checks costs a query: once a second of service time is enough.
+    const QDateTime now = m_calChecks->now();
+    if (m_nextCalCheckLook.isValid() && now < m_nextCalCheckLook) {
+        return;
+    }
+    m_nextCalCheckLook = now.addSecs(1);
+    guarded(
+        [&] {
+            const int ended = m_calChecks->advance(*m_store);
+            if (ended > 0) {
+                echo(1, u"DAS: " + QString::number(ended) + u" calibration check(s) ended");
+            }
+        },
+        [&](const CaughtError &error) {
+            writeLogLine(4, u"DAS: cannot end the calibration checks that are due: "
+                                + error.errorText());
+        });
 }
 
 void DasService::reopenStore() noexcept

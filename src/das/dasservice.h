@@ -1,5 +1,6 @@
 #pragma once
 
+#include "das/calcheckrunner.h"
 #include "das/commandhandlers.h"
 #include "host/commandqueue.h"
 #include "host/sitestore.h"
@@ -30,6 +31,9 @@ struct DasOptions
     // database server that restarted drops its connections for good). Only for a service that
     // has the store to itself: the window's service shares the window's.
     bool reopenStore = false;
+    // The service's time (calibration checks, the auto-cal log); null: the wall clock. Tests
+    // give a manual clock, a demonstration may give a faster one.
+    std::shared_ptr<ClockLibrary> clock;
 };
 
 // What became of one item.
@@ -83,6 +87,9 @@ public:
     int outstanding();
 
     CommandHandlers &handlers() { return m_handlers; }
+    // Runs the calibration checks that the calibration commands start; each step first ends
+    // those whose time is up.
+    CalCheckRunner &calChecks() { return *m_calChecks; }
     const QString &workerId() const { return m_workerId; }
     std::chrono::milliseconds lease() const { return m_options.lease; }
     // The store the service works on (another one after it reopened the site).
@@ -121,6 +128,7 @@ private:
                      bool storeFailure, const std::function<int(const QString &)> &markFailedNow,
                      const std::function<int()> &retry);
     void writeLogLine(int severity, const QString &line);
+    void advanceCalChecks();
     void echo(int severity, const QString &line) const;
     void finished(const DasResult &result);
     // Logs the item's line, commits its result (and on SQLite the claim held in whole) and
@@ -137,6 +145,8 @@ private:
     QString m_workerId;
     Actor m_actor;
     CommandHandlers m_handlers;
+    std::unique_ptr<CalCheckRunner> m_calChecks;
+    QDateTime m_nextCalCheckLook;
     QHash<ItemKey, Failure> m_failures;
     std::function<void(const DasResult &)> m_observer;
     QString m_lastError;

@@ -20,7 +20,7 @@ class SqlConnection;
 //   current_data     (pid, key) -> text, status, time: the current-data reader's items ("1m")
 //   users            user name, full name, all_privileges flag
 //   user_privileges  (user, privilege number)
-//   channels         channel number -> kind (1..5), name, typed value last written
+//   channels         channel number -> kind (1..5), name, typed value last written, by whom
 //   command_records  the queue of message records for the service: who, from where, when,
 //                    record type, text, source code, state (queued, claimed, done, failed),
 //                    claimed by, claimed until (lease), attempts, done at, result
@@ -28,10 +28,11 @@ class SqlConnection;
 //   message_log      the message log: when, severity, text, user, client
 //   system_messages  messages raised through the service (RaiseMsg): type, pid, text, who
 //   autocal_log      the automatic calibration log: when, pid, text, user, client address
-//   cal_checks       calibration-check records, with the cylinder data they were made with
+//   cal_checks       calibration-check records, with the cylinder data they were made with;
+//                    a running check has no end yet
 //   audit_trail      every value and attribute write: when, who, client, pid, attribute
 //                    (NULL for a value), old and new typed value, and the source of the write
-inline constexpr int kSchemaVersion = 3;
+inline constexpr int kSchemaVersion = 4;
 
 // Creates the schema of the given version in an empty database (inside the caller's
 // transaction); version defaults to the newest. Older versions exist so that the migrations

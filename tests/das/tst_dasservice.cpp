@@ -160,11 +160,11 @@ TEST_P(DasTest, RecordsThatCannotBeCarriedOutAreFailedWithTheReason)
         QString text;
         std::string reason;
     } cases[] = {
-        {u"<Command action=\"ChangeCalStartSettings\" pid=\"001234567\" />"_s,
-         "no handler for action 'ChangeCalStartSettings'"},
+        {u"<Command action=\"ChangeCalStopSettings\" pid=\"001234567\" />"_s,
+         "no handler for action 'ChangeCalStopSettings'"},
         // Any element name will do.
-        {u"<WriteMsgToAutoCalLog action=\"WriteMsgToAutoCalLog\" pid=\"001234567\" msg=\"x\" />"_s,
-         "no handler for action 'WriteMsgToAutoCalLog'"},
+        {u"<WriteMsgToLog action=\"WriteMsgToLog\" pid=\"001234567\" msg=\"x\" />"_s,
+         "no handler for action 'WriteMsgToLog'"},
         {u"<Command \r\naction=\"CalPendingPromptAction\" \r\npid=\"001234567\">\r\n</Command>"_s,
          "no handler for action 'CalPendingPromptAction'"},
         {u"WriteToChannel C12 1"_s, notXml},

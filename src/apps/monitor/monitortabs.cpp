@@ -3,10 +3,10 @@
 #include "common/error.h"
 #include "common/host.h"
 #include "common/pid.h"
+#include "common/vocabulary.h"
 #include "common/widgets/keyedtree.h"
 #include "importexport/widgets/disettingsimportexport.h"
 #include "monitorwindow.h"
-#include "common/vocabulary.h"
 #include "settings/widgets/disettings.h"
 #include "settings/widgets/settinggroups.h"
 
@@ -88,6 +88,8 @@ void addComponentTabs(MonitorWindow &window, const MonitorContext &context)
                   QStringLiteral("settings"));
     window.addTab(createImportExportTab(window, context), QStringLiteral("Import/Export"),
                   QStringLiteral("import-export"));
+    window.addTab(createCalStartTab(window, context), QStringLiteral("Calibration Start"),
+                  QStringLiteral("calstart"));
 }
 
 } // namespace olvex

@@ -1,6 +1,7 @@
 // olvex-settings: the headless command line of a site. One subcommand per table row; each lives
 // in the file of its group (sitecommands.cpp, parametercommands.cpp, ...).
 #include "calconfirm_commands.h"
+#include "calstart_commands.h"
 #include "cliutil.h"
 #include "commands.h"
 
@@ -28,6 +29,9 @@ const Command kCommands[] = {
     {"set", setCommand, "change a setting (--site SITE --user USER PID VALUE)"},
     {"export", exportCommand, "save every setting to a CSV file (--site SITE FILE)"},
     {"import", importCommand, "load a CSV file (--site SITE --user USER [--dry-run] FILE)"},
+    {"cal", calCommand,
+     "calibration start settings (--site SITE [--user USER] list|show|set|start|abort PID...)"},
+    {"log", logCommand, "the message log, or the auto-cal log (--site SITE [--auto-cal])"},
     {"messages", messagesCommand, "the raised system messages (--site SITE [--last N])"},
     {"cal pending", calPendingCommand, "calibrations waiting for confirmation (--site SITE)"},
 };
