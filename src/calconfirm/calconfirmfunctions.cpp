@@ -3,6 +3,7 @@
 #include "common/command.h"
 #include "common/host.h"
 #include "common/pid.h"
+#include "common/value.h"
 
 namespace olvex {
 
@@ -34,7 +35,9 @@ QString pendingCalMessage(const QString &prefix, const QString &pidText, const Q
 
 } // namespace
 
-XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentDataReader &reader, qint32 pid)
+// The document and its CalStart element; both null when either is missing.
+static std::pair<XmlDocument, XmlNode> loadCalStart(MessageLog *log, CurrentDataReader &reader,
+                                                    qint32 pid)
 {
     const std::shared_ptr<CurrentDataItem> item
         = reader.GetCurrentDataItem(pid, QStringLiteral("1m"));
@@ -53,12 +56,23 @@ XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentDataReader &reader, qi
     if (!document) {
         return {};
     }
-    if (document.selectSingleNode(kCalStart).isNull()) {
+    XmlNode calStart = document.selectSingleNode(kCalStart);
+    if (calStart.isNull()) {
         logError(log, u"CSET-0085: Cannot find CalStart node;  Cannot confirm/cancel cal ("
                           + FormatPid(pid) + u')');
         return {};
     }
-    return document;
+    return {std::move(document), std::move(calStart)};
+}
+
+XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentDataReader &reader, qint32 pid)
+{
+    return loadCalStart(log, reader, pid).first;
+}
+
+XmlNode GetCalConfirmNode(MessageLog *log, CurrentDataReader &reader, qint32 pid)
+{
+    return loadCalStart(log, reader, pid).second;
 }
 
 QString CalPendingPromptActionText(DataInterface &dataInterface, qint32 pid, bool confirm,
@@ -102,9 +116,36 @@ bool SendRaiseMsgCommand(DataInterface &dataInterface, MessageLog *log, qint32 p
         u"CSET-0096: Can't write msg record to raise message; " + TruncateText(text, 80));
 }
 
+PendingCalState ReadPendingCalState(const XmlNode &calStart)
+{
+    QString reason;
+    QString start;
+    QString expiration;
+    std::optional<bool> pending;
+    std::optional<bool> defaultConfirm;
+    for (const XmlNode &child : calStart.selectNodes(QStringLiteral(
+             "CalConfirmPending|CalConfirmPendingCalType|CalConfirmScheduledStartTime"
+             "|CalConfirmDefaultConfirm|CalConfirmExpirationTime"))) {
+        const QString name = child.name();
+        if (name == u"CalConfirmPending") {
+            pending = Value(child.text().trimmed()).toBoolean();
+        } else if (name == u"CalConfirmPendingCalType") {
+            reason = child.text().trimmed();
+        } else if (name == u"CalConfirmScheduledStartTime") {
+            start = child.text().trimmed();
+        } else if (name == u"CalConfirmDefaultConfirm") {
+            defaultConfirm = Value(child.text().trimmed()).toBoolean();
+        } else if (name == u"CalConfirmExpirationTime") {
+            expiration = child.text().trimmed();
+        }
+    }
+    return {pending.value_or(false),
+            {reason, start, DefaultActionText(defaultConfirm.value_or(false), expiration)}};
+}
+
 bool IsCalConfirmPending(const XmlDocument &document)
 {
-    return GetNodeBool(document, QStringLiteral("//CalStart/CalConfirmPending")).value_or(false);
+    return ReadPendingCalState(document.selectSingleNode(kCalStart)).pending;
 }
 
 QString DefaultActionText(bool defaultConfirm, const QString &expirationTime)
@@ -116,12 +157,7 @@ QString DefaultActionText(bool defaultConfirm, const QString &expirationTime)
 
 PendingCalTexts ReadPendingCalTexts(const XmlDocument &document)
 {
-    const XmlNode calStart = document.selectSingleNode(kCalStart);
-    return {GetNodeText(calStart, QStringLiteral("CalConfirmPendingCalType")),
-            GetNodeText(calStart, QStringLiteral("CalConfirmScheduledStartTime")),
-            DefaultActionText(
-                GetNodeBool(calStart, QStringLiteral("CalConfirmDefaultConfirm")).value_or(false),
-                GetNodeText(calStart, QStringLiteral("CalConfirmExpirationTime")))};
+    return ReadPendingCalState(document.selectSingleNode(kCalStart)).texts;
 }
 
 QString AddPendingCalMessage(const QString &pidText, const QString &name,

@@ -22,6 +22,8 @@ inline constexpr quint32 kCalConfirmMsgType = 24577;
 // text (CSET-0084 logged when the data has expired), text that does not parse (XMLDOM-0001
 // logged) or no CalStart element (CSET-0085 logged). Host errors propagate.
 XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentDataReader &reader, qint32 pid);
+// The same, giving the document's CalStart element (which keeps its document alive).
+XmlNode GetCalConfirmNode(MessageLog *log, CurrentDataReader &reader, qint32 pid);
 
 // The text of the operator's answer: CR LF joined lines with CalConfirm and CalCancel items.
 QString CalPendingPromptActionText(DataInterface &dataInterface, qint32 pid, bool confirm,
@@ -49,7 +51,16 @@ struct PendingCalTexts
     bool operator==(const PendingCalTexts &) const = default;
 };
 
-// CalConfirmPending under //CalStart; false when missing or not yes/no.
+// The five elements of a CalStart element, read in one pass over its children (the panel reads
+// every calibration parameter every minute).
+struct PendingCalState
+{
+    bool pending = false; // CalConfirmPending; false when missing or not yes/no
+    PendingCalTexts texts;
+};
+PendingCalState ReadPendingCalState(const XmlNode &calStart);
+
+// The same from a whole document (its first CalStart element).
 bool IsCalConfirmPending(const XmlDocument &document);
 PendingCalTexts ReadPendingCalTexts(const XmlDocument &document);
 QString DefaultActionText(bool defaultConfirm, const QString &expirationTime);

@@ -110,6 +110,7 @@ void DICalConfirm::Teardown()
                 delete row;
             }
             m_rows.clear();
+            m_pendingRows.clear();
             m_nextIndex = 0;
             m_showingRows = false;
             if (mobjCalConfirmPendingInterval) {
@@ -140,6 +141,9 @@ void DICalConfirm::mobjCalConfirmPendingInterval_IntervalExpired()
 
 DICalConfirmSingle *DICalConfirm::findRow(qint32 pid, bool cleared) const
 {
+    if (!cleared) {
+        return m_pendingRows.value(pid);
+    }
     for (DICalConfirmSingle *row : m_rows) {
         if (row->Param() == pid && row->isCleared() == cleared) {
             return row;
@@ -165,21 +169,25 @@ QList<DICalConfirmSingle *> DICalConfirm::visibleRows() const
     return rows;
 }
 
-DICalConfirmSingle *DICalConfirm::addRow(qint32 pid, const XmlDocument &document)
+DICalConfirmSingle *DICalConfirm::addRow(qint32 pid, const XmlNode &calStart,
+                                         const PendingCalTexts &texts)
 {
     auto *row = new DICalConfirmSingle(m_picCalConfirmInner);
     row->setIndex(m_nextIndex++);
     row->setParam(pid);
-    row->Setup(mobjLog, mobjDI, mobjCDR, document);
+    row->Setup(mobjLog, mobjDI, mobjCDR, calStart);
+    row->setDocument(calStart, texts);
     row->AddPendingCal(pid, true);
     row->setShouldBeVisible(true);
     connect(row, &DICalConfirmSingle::HoldExpired, this, &DICalConfirm::ClearPendingCal);
     m_rows.append(row);
+    m_pendingRows.insert(pid, row);
     return row;
 }
 
 void DICalConfirm::clearRow(DICalConfirmSingle *row, const QDateTime &now)
 {
+    m_pendingRows.remove(row->Param());
     logLine(Severity::Note,
             u"CSET-0091: Clear pending cal confirmation (" + FormatPid(row->Param()) + u')');
     row->setHoldInterval(mobjDI->Clock()->CreateInterval(
@@ -200,19 +208,20 @@ void DICalConfirm::refresh()
             bool changed = false;
             NewCalConfirmEvent added;
             for (const qint32 pid : std::as_const(m_pids)) {
-                XmlDocument document;
-                guarded([&] { document = GetCalConfirmDocument(mobjLog.get(), *mobjCDR, pid); },
+                XmlNode calStart;
+                guarded([&] { calStart = GetCalConfirmNode(mobjLog.get(), *mobjCDR, pid); },
                         [&](const CaughtError &error) {
                             logLine(Severity::Error, u"CSET-0053: " + error.errorText());
                         });
-                if (!document) {
+                if (!calStart) {
                     logLine(Severity::Error, u"CSET-0050: Can't confirm/cancel cal; no XValue "
                                              u"available ("
                                                  + FormatPid(pid) + u')');
                     continue;
                 }
                 DICalConfirmSingle *row = findRow(pid, false);
-                if (!IsCalConfirmPending(document)) {
+                const PendingCalState state = ReadPendingCalState(calStart);
+                if (!state.pending) {
                     if (row) {
                         clearRow(row, now);
                         changed = true;
@@ -220,7 +229,7 @@ void DICalConfirm::refresh()
                     continue;
                 }
                 if (row) {
-                    row->setDocument(document);
+                    row->setDocument(calStart, state.texts);
                     row->AddPendingCal(pid, false);
                     continue;
                 }
@@ -228,7 +237,7 @@ void DICalConfirm::refresh()
                         u"CSET-0090: Add pending cal confirmation (" + FormatPid(pid) + u')');
                 guarded(
                     [&] {
-                        addRow(pid, document);
+                        addRow(pid, calStart, state.texts);
                         added.pids.append(pid);
                         changed = true;
                     },
@@ -267,6 +276,9 @@ void DICalConfirm::ClearPendingCal(qint32 pid)
             row->setShouldBeVisible(false);
             row->hide();
             m_rows.removeOne(row);
+            if (m_pendingRows.value(pid) == row) {
+                m_pendingRows.remove(pid);
+            }
             // Later: the hold timer that brought us here is still delivering its expiry.
             row->deleteLater();
             layoutRows();

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "calconfirm/calconfirmfunctions.h"
 #include "common/host.h"
 #include "common/xml.h"
 
+#include <QHash>
 #include <QList>
 #include <QWidget>
 
@@ -72,7 +74,7 @@ private:
     void layoutRows();
     void logLine(int severity, const QString &text) const;
     DICalConfirmSingle *findRow(qint32 pid, bool cleared) const;
-    DICalConfirmSingle *addRow(qint32 pid, const XmlDocument &document);
+    DICalConfirmSingle *addRow(qint32 pid, const XmlNode &calStart, const PendingCalTexts &texts);
     void clearRow(DICalConfirmSingle *row, const QDateTime &now);
     void scrollRows(int value);
 
@@ -82,6 +84,8 @@ private:
     IntervalPtr mobjCalConfirmPendingInterval;
     QList<qint32> m_pids;
     QList<DICalConfirmSingle *> m_rows;
+    // The rows still pending, by PID: each refresh looks up every calibration parameter.
+    QHash<qint32, DICalConfirmSingle *> m_pendingRows;
     int m_nextIndex = 0;
     bool m_showingRows = false;
 

@@ -110,7 +110,8 @@ void DICalConfirmSingle::cleanUp()
             stopHoldInterval();
             m_holdInterval.reset();
             mobjParam.reset();
-            mobjXml = XmlDocument();
+            mobjXml = XmlNode();
+            m_readTexts.reset();
             mobjCDR.reset();
             mobjDI.reset();
             mobjLog.reset();
@@ -123,7 +124,7 @@ void DICalConfirmSingle::cleanUp()
 void DICalConfirmSingle::Setup(std::shared_ptr<MessageLog> messageLog,
                                std::shared_ptr<DataInterface> dataInterface,
                                std::shared_ptr<CurrentDataReader> currentDataReader,
-                               XmlDocument document)
+                               XmlNode document)
 {
     guarded(
         [&] {
@@ -131,6 +132,7 @@ void DICalConfirmSingle::Setup(std::shared_ptr<MessageLog> messageLog,
             mobjDI = std::move(dataInterface);
             mobjCDR = std::move(currentDataReader);
             mobjXml = std::move(document);
+            m_readTexts.reset();
             m_cleared = false;
             m_texts = {};
             resetButtons();
@@ -165,9 +167,18 @@ void DICalConfirmSingle::AddPendingCal(qint32 pid, bool isNew)
             }
             m_pid = pid;
             const QString name = parameterName();
-            m_fraCalConfirm->setTitle(name);
-            m_fraCalConfirm->setProperty("tag", FormatPidPlain(pid));
-            const PendingCalTexts texts = ReadPendingCalTexts(mobjXml);
+            // Setting a caption lays it out again even when it is the same: only on a change.
+            if (m_fraCalConfirm->title() != name) {
+                m_fraCalConfirm->setTitle(name);
+            }
+            if (isNew) {
+                m_fraCalConfirm->setProperty("tag", FormatPidPlain(pid));
+            }
+            const XmlNode calStart = mobjXml.name() == u"CalStart"
+                                         ? mobjXml
+                                         : mobjXml.selectSingleNode(QStringLiteral("//CalStart"));
+            const PendingCalTexts texts = m_readTexts ? *std::exchange(m_readTexts, std::nullopt)
+                                                      : ReadPendingCalState(calStart).texts;
             if (!isNew && texts == m_texts) {
                 return;
             }

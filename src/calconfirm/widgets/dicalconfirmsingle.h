@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <optional>
 
 class QGridLayout;
 class QGroupBox;
@@ -30,13 +31,19 @@ public:
     explicit DICalConfirmSingle(QWidget *parent = nullptr);
     ~DICalConfirmSingle() override;
 
+    // document: the calibration's record, or its CalStart element.
     void Setup(std::shared_ptr<MessageLog> messageLog, std::shared_ptr<DataInterface> dataInterface,
-               std::shared_ptr<CurrentDataReader> currentDataReader, XmlDocument document);
+               std::shared_ptr<CurrentDataReader> currentDataReader, XmlNode document);
     // Shows the pending calibration of pid from the row's document; raises the add message
     // (isNew) or, when the texts changed, the changed message.
     void AddPendingCal(qint32 pid, bool isNew);
-    // The document the next AddPendingCal reads (the panel's newer reading).
-    void setDocument(XmlDocument document) { mobjXml = std::move(document); }
+    // The record the next AddPendingCal shows (the panel's newer reading), with the texts the
+    // panel already read from it.
+    void setDocument(XmlNode document, const PendingCalTexts &texts)
+    {
+        mobjXml = std::move(document);
+        m_readTexts = texts;
+    }
     // The pending state ended: "Starting Now" unless the operator canceled. With log, raises
     // and logs the clear message.
     void ClearPendingCal(bool log);
@@ -95,7 +102,8 @@ private:
     std::shared_ptr<MessageLog> mobjLog;
     std::shared_ptr<DataInterface> mobjDI;
     std::shared_ptr<CurrentDataReader> mobjCDR;
-    XmlDocument mobjXml;
+    XmlNode mobjXml;
+    std::optional<PendingCalTexts> m_readTexts;
     ParameterPtr mobjParam;
     IntervalPtr m_holdInterval;
     qint32 m_pid = 0;
