@@ -2,6 +2,7 @@
 
 #include "common/error.h"
 #include "common/pid.h"
+#include "das/calconfirmhandlers.h"
 #include "das/calstarthandlers.h"
 #include "das/cylinderhandlers.h"
 #include "das/workerid.h"
@@ -82,6 +83,8 @@ DasService::DasService(std::shared_ptr<SiteStore> store, DasOptions options)
     m_calChecks = std::make_unique<CalCheckRunner>(m_options.clock);
     addCalStartHandlers(m_handlers, *m_calChecks);
     addCylinderHandlers(m_handlers);
+    m_calScheduler = std::make_unique<CalScheduler>(m_options.clock, *m_calChecks);
+    addCalConfirmHandlers(m_handlers, *m_calScheduler);
 }
 
 DasService::~DasService() = default;
@@ -127,6 +130,9 @@ void DasService::advanceCalChecks()
             const int ended = m_calChecks->advance(*m_store);
             if (ended > 0) {
                 echo(1, u"DAS: " + QString::number(ended) + u" calibration check(s) ended");
+            }
+            for (const QString &line : m_calScheduler->step(*m_store)) {
+                writeLogLine(1, u"DAS: " + line);
             }
         },
         [&](const CaughtError &error) {

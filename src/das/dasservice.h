@@ -1,6 +1,7 @@
 #pragma once
 
 #include "das/calcheckrunner.h"
+#include "das/calscheduler.h"
 #include "das/commandhandlers.h"
 #include "host/commandqueue.h"
 #include "host/sitestore.h"
@@ -107,6 +108,8 @@ public:
     // Runs the calibration checks that the calibration commands start; each step first ends
     // those whose time is up.
     CalCheckRunner &calChecks() { return *m_calChecks; }
+    // Starts the checks the records schedule, and holds them for confirmation where asked.
+    CalScheduler &calScheduler() { return *m_calScheduler; }
     const QString &workerId() const { return m_workerId; }
     std::chrono::milliseconds lease() const { return m_options.lease; }
     // The store the service works on (another one after it reopened the site).
@@ -163,6 +166,7 @@ private:
     Actor m_actor;
     CommandHandlers m_handlers;
     std::unique_ptr<CalCheckRunner> m_calChecks;
+    std::unique_ptr<CalScheduler> m_calScheduler;
     QDateTime m_nextCalCheckLook;
     QHash<ItemKey, Failure> m_failures;
     std::function<void(const DasResult &)> m_observer;

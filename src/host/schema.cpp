@@ -189,6 +189,15 @@ const QList<QStringList> &steps()
             QStringLiteral(
                 "ALTER TABLE site ADD COLUMN cal_check_seconds INTEGER NOT NULL DEFAULT 900"),
         },
+        // Version 5: the plant state of each unit, which the service's calibration scheduler
+        // follows: online or not, in normal operation or not, operating hours while online.
+        {
+            QStringLiteral("ALTER TABLE plant_units ADD COLUMN online INTEGER NOT NULL DEFAULT 1"),
+            QStringLiteral(
+                "ALTER TABLE plant_units ADD COLUMN normal_ops INTEGER NOT NULL DEFAULT 1"),
+            QStringLiteral(
+                "ALTER TABLE plant_units ADD COLUMN op_hours DOUBLE PRECISION NOT NULL DEFAULT 0"),
+        },
     };
     return all;
 }

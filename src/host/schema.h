@@ -13,7 +13,8 @@ class SqlConnection;
 //   olvex_schema     the schema version (one row); its presence marks a database as a site
 //   site             the one site: site id, name, export folder, alternative state, and the
 //                    definition revision that every definition change counts up
-//   plant_units      the plant's units (number, name); a parameter may belong to one
+//   plant_units      the plant's units (number, name) and their state (online, normal operation,
+//                    operating hours); a parameter may belong to one
 //   parameters       pid, name, parameter type, plant unit, engineering units text, error flag
 //   attributes       (pid, number) -> typed value: the definition attributes
 //   current_values   pid -> typed value, status, time: the last value the service stored
@@ -32,7 +33,7 @@ class SqlConnection;
 //                    a running check has no end yet
 //   audit_trail      every value and attribute write: when, who, client, pid, attribute
 //                    (NULL for a value), old and new typed value, and the source of the write
-inline constexpr int kSchemaVersion = 4;
+inline constexpr int kSchemaVersion = 5;
 
 // Creates the schema of the given version in an empty database (inside the caller's
 // transaction); version defaults to the newest. Older versions exist so that the migrations

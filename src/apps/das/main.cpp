@@ -6,7 +6,9 @@
 // store keeps failing while draining); 2 bad command line.
 #include "common/error.h"
 #include "das/dasrunner.h"
+#include "das/scaledclock.h"
 #include "host/sitestore.h"
+#include "plantcommand.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -128,7 +130,22 @@ int main(int argc, char **argv)
         QStringLiteral("How long a claim holds before another service may take the item "
                        "again (default 30000)."),
         QStringLiteral("MS"), QStringLiteral("30000"));
-    parser.addOptions({siteOption, drainOption, intervalOption, leaseOption});
+    const QCommandLineOption speedOption(
+        QStringLiteral("speed"),
+        QStringLiteral("Simulated time runs X times faster (calibration checks, schedules, "
+                       "confirmation deadlines; default 1)."),
+        QStringLiteral("X"), QStringLiteral("1"));
+    const QCommandLineOption unitOption(
+        QStringLiteral("unit"),
+        QStringLiteral("With plant: only this plant unit (default: every unit)."),
+        QStringLiteral("N"));
+    parser.addOptions(
+        {siteOption, drainOption, intervalOption, leaseOption, speedOption, unitOption});
+    parser.addPositionalArgument(
+        QStringLiteral("plant"),
+        QStringLiteral("plant [--unit N] start|stop|normal-ops|hours H: set the plant state "
+                       "that the service follows, and exit."),
+        QStringLiteral("[plant ...]"));
 
     if (!parser.parse(QCoreApplication::arguments())) {
         return usage(parser.errorText());
@@ -137,11 +154,26 @@ int main(int argc, char **argv)
         QTextStream(stdout) << parser.helpText();
         return 0;
     }
-    if (!parser.positionalArguments().isEmpty()) {
-        return usage(u"unexpected argument '" + parser.positionalArguments().constFirst() + u'\'');
+    const QStringList positional = parser.positionalArguments();
+    if (!positional.isEmpty() && positional.constFirst() != u"plant") {
+        return usage(u"unexpected argument '" + positional.constFirst() + u'\'');
     }
     if (!parser.isSet(siteOption) || parser.value(siteOption).trimmed().isEmpty()) {
         return usage(QStringLiteral("no site given (--site SITE)"));
+    }
+    if (!positional.isEmpty()) {
+        bool ok = true;
+        const int unit = parser.isSet(unitOption) ? parser.value(unitOption).toInt(&ok) : 0;
+        if (!ok || unit < 0) {
+            return usage(u"--unit wants a unit number, not '" + parser.value(unitOption) + u'\'');
+        }
+        return olvex::runPlantCommand(parser.value(siteOption), unit, positional.mid(1));
+    }
+    bool speedOk = false;
+    const double speed = parser.value(speedOption).toDouble(&speedOk);
+    if (!speedOk || speed <= 0 || speed > 100000) {
+        return usage(u"--speed wants a factor above 0 (up to 100000), not '"
+                     + parser.value(speedOption) + u'\'');
     }
     const auto interval = milliseconds(parser.value(intervalOption));
     if (!interval) {
@@ -170,6 +202,9 @@ int main(int argc, char **argv)
     options.lease = *lease;
     options.logSink = logLine;
     options.reopenStore = true;
+    if (speed != 1) {
+        options.clock = std::make_shared<olvex::ScaledClock>(speed);
+    }
     olvex::DasRunner runner(store, *interval, options);
     const QString site = store->target().displayText();
     const bool draining = parser.isSet(drainOption);

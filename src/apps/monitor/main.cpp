@@ -10,6 +10,7 @@
 #include "host/sitedatainterface.h"
 #include "host/sitesecurity.h"
 #include "host/sitestore.h"
+#include "calconfirmdock.h"
 #include "monitortabs.h"
 #include "monitorwindow.h"
 
@@ -129,6 +130,7 @@ int main(int argc, char **argv)
     window.setUser(userName);
     window.setBackend(backendText(*store));
     addComponentTabs(window, context);
+    addCalConfirmDock(window, context);
 
     if (parser.isSet(shotOption)) {
         // A still picture of the site as it stands: no service runs, pending changes show so.

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QDockWidget>
 #include <QLabel>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -44,6 +45,12 @@ void MonitorWindow::addTab(QWidget *component, const QString &title, const QStri
 {
     m_tabs->addTab(component, title);
     m_shotNames << (shotName.isEmpty() ? title.toLower().replace(u' ', u'-') : shotName);
+}
+
+void MonitorWindow::addDock(QDockWidget *dock, Qt::DockWidgetArea area, const QString &shotName)
+{
+    addDockWidget(area, dock);
+    m_dockShots.append({dock, shotName});
 }
 
 void MonitorWindow::setSite(const QString &siteId, const QString &siteName)
@@ -102,6 +109,13 @@ QStringList MonitorWindow::saveScreenshots(const QString &dir)
         QApplication::processEvents();
         const QString path = target.absoluteFilePath(name + u".png");
         if (!widget->grab().save(path)) {
+            throw Error(75, u"Cannot write " + QDir::toNativeSeparators(path));
+        }
+        written << path;
+    }
+    for (const auto &[dock, shotName] : std::as_const(m_dockShots)) {
+        const QString path = target.absoluteFilePath(shotName + u".png");
+        if (!dock->grab().save(path)) {
             throw Error(75, u"Cannot write " + QDir::toNativeSeparators(path));
         }
         written << path;

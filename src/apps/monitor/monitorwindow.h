@@ -6,7 +6,9 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
+class QDockWidget;
 class QLabel;
 class QTabWidget;
 
@@ -27,6 +29,8 @@ public:
     // One more picture for --screenshot, after the tabs': make builds the widget (a dialog open
     // on the site's data), which is rendered to <shotName>.png and destroyed; null: no picture.
     void addShot(const QString &shotName, std::function<std::unique_ptr<QWidget>()> make);
+    // A panel docked beside the tabs; saveScreenshots renders it alone to <shotName>.png.
+    void addDock(QDockWidget *dock, Qt::DockWidgetArea area, const QString &shotName);
 
     void setSite(const QString &siteId, const QString &siteName);
     void setUser(const QString &userName);
@@ -42,6 +46,7 @@ private:
     QTabWidget *m_tabs;
     QStringList m_shotNames;
     QList<std::pair<QString, std::function<std::unique_ptr<QWidget>()>>> m_extraShots;
+    QList<std::pair<QDockWidget *, QString>> m_dockShots;
     QLabel *m_site;
     QLabel *m_user;
     QLabel *m_backend;
