@@ -37,6 +37,9 @@ DICalConfirm *addCalConfirmDock(MonitorWindow &window, const MonitorContext &con
     panel->setMinimumWidth(330);
     dock->setWidget(panel);
     window.addDock(dock, Qt::RightDockWidgetArea, QStringLiteral("calconfirm"));
+    // The dock takes its width from the tabs' side: the window grows by it, so that the widest
+    // tab (calibration start) keeps its whole panel in view.
+    window.resize(window.width() + dock->sizeHint().width(), window.height());
     QObject::connect(
         panel, &DICalConfirm::NewCalConfirmPending, dock,
         [&window, dock](const NewCalConfirmEvent &) { bringToOperator(window, *dock); });
