@@ -43,7 +43,7 @@ DICalConfirm *addCalConfirmDock(MonitorWindow &window, const MonitorContext &con
     QObject::connect(
         panel, &DICalConfirm::NewCalConfirmPending, dock,
         [&window, dock](const NewCalConfirmEvent &) { bringToOperator(window, *dock); });
-    panel->Setup(context.dataInterface->MessageLog(), context.dataInterface,
+    panel->Setup(context.messageLog, context.dataInterface,
                  std::make_shared<SiteCurrentDataReader>(context.store));
     // The first look now, not a minute from now: a calibration may be waiting already.
     panel->RefreshWindow();

@@ -13,7 +13,7 @@ namespace olvex {
 QWidget *createCalStartTab(MonitorWindow &window, const MonitorContext &context)
 {
     auto *calStart = new DICalStart(context.ui, &window);
-    calStart->Setup(context.dataInterface->MessageLog(), context.dataInterface);
+    calStart->Setup(context.messageLog, context.dataInterface);
     // The list and the whole settings panel in view: the window grows to the control's width.
     const int width
         = calStart->DesiredWidth() + window.frameGeometry().width() - window.geometry().width() + 8;

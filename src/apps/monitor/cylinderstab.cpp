@@ -40,7 +40,7 @@ std::unique_ptr<QWidget> editDialogShot(DISysDefCylinders &list, const MonitorCo
         return nullptr;
     }
     auto dialog = std::make_unique<frmEditCylinderInfo>(context.ui);
-    if (!dialog->Setup(chosen, context.dataInterface, context.dataInterface->MessageLog())) {
+    if (!dialog->Setup(chosen, context.dataInterface, context.messageLog)) {
         return nullptr;
     }
     return dialog;
@@ -51,7 +51,7 @@ std::unique_ptr<QWidget> editDialogShot(DISysDefCylinders &list, const MonitorCo
 QWidget *createCylindersTab(MonitorWindow &window, const MonitorContext &context)
 {
     auto *cylinders = new DISysDefCylinders(context.ui, &window);
-    cylinders->Setup(context.dataInterface->MessageLog(), context.dataInterface, QString());
+    cylinders->Setup(context.messageLog, context.dataInterface, QString());
     window.addShot(QStringLiteral("cylinder-edit"), [cylinders, context, &window] {
         try {
             return editDialogShot(*cylinders, context);

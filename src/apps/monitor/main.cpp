@@ -1,6 +1,7 @@
 // The operator window: the components on one site, as the user given. Without a display,
 // --screenshot DIR renders each tab to DIR/<tab>.png and exits, which is how `make run` shows it
 // on a machine without one.
+#include "calconfirmdock.h"
 #include "common/error.h"
 #include "common/pid.h"
 #include "common/widgets/uiservices.h"
@@ -10,9 +11,9 @@
 #include "host/sitedatainterface.h"
 #include "host/sitesecurity.h"
 #include "host/sitestore.h"
-#include "calconfirmdock.h"
 #include "monitortabs.h"
 #include "monitorwindow.h"
+#include "statuslog.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -129,6 +130,7 @@ int main(int argc, char **argv)
     }
     window.setUser(userName);
     window.setBackend(backendText(*store));
+    context.messageLog = std::make_shared<StatusBarLog>(dataInterface->MessageLog(), &window);
     addComponentTabs(window, context);
     addCalConfirmDock(window, context);
 

@@ -78,7 +78,7 @@ QWidget *createSettingsTab(MonitorWindow &window, const MonitorContext &context)
 QWidget *createImportExportTab(MonitorWindow &window, const MonitorContext &context)
 {
     auto *importExport = new DISettingsImportExport(context.ui, &window);
-    importExport->Setup(context.dataInterface->MessageLog(), context.dataInterface);
+    importExport->Setup(context.messageLog, context.dataInterface);
     return importExport;
 }
 
