@@ -135,7 +135,7 @@ TEST_P(CalStartServiceTest, MalformedOrMisdirectedRecordsFailWithTheirReason)
         {RecordType::Calibration, change(cal, u"<Item id=\"Colour\" newValue=\"1\" />"_s),
          "no such item"},
         {RecordType::Calibration, change(cal, {}), "no items"},
-        {RecordType::Q1Io, WriteToChannelCommand(22), "CSET-0079"},
+        {RecordType::Q1Io, WriteToChannelCommand(41), "CSET-0079"},
         {RecordType::Q2Io, WriteToChannelCommand(34), "CSET-0080"},
         {RecordType::Q2Io, WriteToChannelCommand(35), "CSET-0081"},
         {RecordType::Q1Io, WriteToChannelCommand(99), "CSET-0082"},

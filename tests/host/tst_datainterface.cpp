@@ -390,7 +390,7 @@ TEST_P(DataInterfaceTest, CurrentDataChannelsAndLogAnswerFromTheSite)
 
     auto di = as(u"viewer"_s);
     for (const auto &[channel, kind] :
-         QList<std::pair<int, int>>{{12, 1}, {22, 2}, {33, 3}, {34, 4}, {35, 5}, {99, 0}}) {
+         QList<std::pair<int, int>>{{12, 1}, {41, 2}, {33, 3}, {34, 4}, {35, 5}, {99, 0}}) {
         EXPECT_EQ(di->GetChannelKind(channel), kind) << channel;
     }
     di->MessageLog()->LogMessage(Severity::Error, u"CSET-0041: test line"_s);
