@@ -94,11 +94,13 @@ TEST_P(CalStartServiceTest, ChangeKeepsUntouchedElementsAndBothCopiesInStep)
     EXPECT_EQ(element(pid, u"CalAfterStartup"_s), u"0"_s);
     EXPECT_EQ(element(pid, u"CalAfterEnterNormalOps"_s), u"1"_s);
     EXPECT_EQ(element(pid, u"CalDelayMinutes"_s), u"45"_s);
-    EXPECT_EQ(element(pid, u"UserFriendlyStatus"_s), u"Idle; next daily cal check at 00:05"_s);
+    // The prompt waiting for the operator keeps the status line.
+    EXPECT_EQ(element(pid, u"UserFriendlyStatus"_s),
+              u"Daily cal check waiting for operator confirmation"_s);
     // Every line that names none of the changed elements is the same text as before.
     const QStringList changed{u"CalStartTime"_s,      u"CalAfter"_s,      u"CalDelayMinutes"_s,
                               u"CalConfirmTimeout"_s, u"SkipIfOffline"_s, u"CalEvery26"_s,
-                              u"CalConfirmEnabled"_s, u"SkipStartup"_s,   u"UserFriendlyStatus"_s};
+                              u"CalConfirmEnabled"_s, u"SkipStartup"_s};
     const auto untouched = [&](const QString &text) {
         QStringList lines = text.split(u'\n');
         lines.removeIf([&](const QString &line) {
