@@ -44,7 +44,7 @@ protected:
     {
         BackendTest::SetUp();
         if (!IsSkipped()) {
-            m_store = createServiceSite(site(), 50, m_pids);
+            m_store = createServiceSite(site(), 300, m_pids);
         }
     }
 
@@ -141,11 +141,11 @@ protected:
         }
         return finished;
     }
-    // Lets the service's groups grow to size (a power of two) on filler writes.
+    // Lets the service's groups grow to size (a power of sixteen) on filler writes.
     void growGroup(DasService &service, int size)
     {
-        queueManyWrites(size - 1);
-        for (int group = 1; group < size; group *= 2) {
+        for (int group = 1; group < size; group *= 16) {
+            queueManyWrites(group);
             ASSERT_EQ(service.runOnce(), group);
         }
         ASSERT_EQ(service.groupLimit(), size);
@@ -225,7 +225,7 @@ TEST_P(DasTest, RecordsThatCannotBeCarriedOutAreFailedWithTheReason)
 TEST_P(DasTest, ItemThatFailsInAGroupFailsAloneAndTheRestCommits)
 {
     DasService service(m_store, options());
-    growGroup(service, 8);
+    growGroup(service, 16);
     const struct
     {
         const char *action;
@@ -335,20 +335,24 @@ TEST_P(DasTest, ClaimOfADeadServiceIsTakenOnlyAfterItsLeaseAndCarriedOutOnce)
 
 TEST_P(DasTest, GroupsGrowWhileTheQueueIsLongAndCommandsDoNotWaitForItsEnd)
 {
-    const QList<qint64> writes = queueManyWrites(300);
+    const QList<qint64> writes = queueManyWrites(1000);
     DasService service(m_store, options());
     QString order;
     service.setResultObserver([&](const DasResult &result) {
         order += result.kind == DasResult::Kind::ValueWrite ? u'W' : u'C';
     });
-    // 1 + 2 + 4 + 8 items, then one that arrives in the middle of the long run.
-    for (const int size : {1, 2, 4, 8}) {
+    // 1 + 16 + 256 items, with one that arrives in the middle of the long run; a group holds
+    // one write per setting at most.
+    for (const int size : {1, 16}) {
         EXPECT_EQ(service.runOnce(), size);
     }
     post(u"<Command action=\"Late\" />"_s);
-    EXPECT_EQ(service.runOnce() + service.runOnce(), 16 + 32);
+    EXPECT_EQ(service.runOnce(), 256);
+    const int next = service.runOnce();
+    EXPECT_GT(next, 256);
+    EXPECT_LE(next, int(m_pids.size()) + 1);
     EXPECT_EQ(order.count(u'C'), 1);
-    EXPECT_EQ(drain(service), 300 + 1 - 15 - 48);
+    EXPECT_EQ(drain(service), 1000 + 1 - 17 - 256 - next);
     EXPECT_EQ(service.groupLimit(), 1) << "back to single items once the queue is empty";
     expectEveryWriteAppliedOnce();
 
@@ -449,7 +453,8 @@ TEST_P(DasTest, TwoProgramsOnOneSiteNeverCarryOutTheSameItemTwice)
     constexpr int kCommands = 100;
     queueManyWrites(300);
     for (int i = 0; i < kCommands; ++i) {
-        post(u"<Command action=\"RaiseMsg\" msgTypeID=\"0x6001\" msg=\""_s + QString::number(i) + u"\" />"_s,
+        post(u"<Command action=\"RaiseMsg\" msgTypeID=\"0x6001\" msg=\""_s + QString::number(i)
+                 + u"\" />"_s,
              u"CSET-0096"_s);
     }
     std::array<QProcess, 2> services;
