@@ -7,7 +7,9 @@
 #include "common/xml.h"
 
 #include <QString>
+
 #include <QtGlobal>
+#include <optional>
 
 namespace olvex {
 
@@ -24,6 +26,10 @@ inline constexpr quint32 kCalConfirmMsgType = 24577;
 XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentDataReader &reader, qint32 pid);
 // The same, giving the document's CalStart element (which keeps its document alive).
 XmlNode GetCalConfirmNode(MessageLog *log, CurrentDataReader &reader, qint32 pid);
+// The two halves of it: the item's trimmed text (nullopt without an item or with an empty text,
+// CSET-0084 logged when the data has expired), and the CalStart element of such a text.
+std::optional<QString> GetCalConfirmText(MessageLog *log, CurrentDataReader &reader, qint32 pid);
+XmlNode CalConfirmNodeOfText(MessageLog *log, const QString &text, qint32 pid);
 
 // The text of the operator's answer: CR LF joined lines with CalConfirm and CalCancel items.
 QString CalPendingPromptActionText(DataInterface &dataInterface, qint32 pid, bool confirm,
