@@ -51,16 +51,6 @@ int withModal(const std::function<int()> &show, const std::function<void(QWidget
 
 TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
 {
-    struct Case
-    {
-        const char *name;
-        int style;
-        QMessageBox::Icon icon;
-        QMessageBox::StandardButtons buttons;
-        QMessageBox::StandardButton defaultButton;
-        std::function<void(QMessageBox *)> user;
-        int expected;
-    };
     const auto press = [](int key) {
         return [key](QMessageBox *box) {
             QTest::keyClick(box, Qt::Key(key));
@@ -71,39 +61,42 @@ TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
             box->button(b)->click();
         };
     };
-    const QList<Case> cases = {
-        {"question, Enter takes the default No", 52, QMessageBox::Warning,
-         QMessageBox::Yes | QMessageBox::No, QMessageBox::No, press(Qt::Key_Return),
-         MessageBoxAnswer::No},
-        {"question, Escape means No", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
-         QMessageBox::No, press(Qt::Key_Escape), MessageBoxAnswer::No},
-        {"question, Yes clicked", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
-         QMessageBox::No, click(QMessageBox::Yes), MessageBoxAnswer::Yes},
-        {"information, Escape", 64, QMessageBox::Information, QMessageBox::Ok, QMessageBox::Ok,
-         press(Qt::Key_Escape), MessageBoxAnswer::Ok},
-    };
+    const QList<std::tuple<const char *, int, QMessageBox::Icon, QMessageBox::StandardButtons,
+                           QMessageBox::StandardButton, std::function<void(QMessageBox *)>, int>>
+        cases = {
+            {"question, Enter takes the default No", 52, QMessageBox::Warning,
+             QMessageBox::Yes | QMessageBox::No, QMessageBox::No, press(Qt::Key_Return),
+             MessageBoxAnswer::No},
+            {"question, Escape means No", 52, QMessageBox::Warning,
+             QMessageBox::Yes | QMessageBox::No, QMessageBox::No, press(Qt::Key_Escape),
+             MessageBoxAnswer::No},
+            {"question, Yes clicked", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
+             QMessageBox::No, click(QMessageBox::Yes), MessageBoxAnswer::Yes},
+            {"information, Escape", 64, QMessageBox::Information, QMessageBox::Ok, QMessageBox::Ok,
+             press(Qt::Key_Escape), MessageBoxAnswer::Ok},
+        };
     QtUiServices ui;
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[name, style, icon, buttons, defaultButton, user, expected] : cases) {
+        SCOPED_TRACE(name);
         QString seenText;
         QString seenTitle;
         const int answer = withModal(
             [&] {
-                return ui.ShowMessageBox(QStringLiteral("<b>A & B</b>\r\nsecond line"), c.style,
+                return ui.ShowMessageBox(QStringLiteral("<b>A & B</b>\r\nsecond line"), style,
                                          QStringLiteral("Span Gas"));
             },
             [&](QWidget *modal) {
                 auto *box = qobject_cast<QMessageBox *>(modal);
                 ASSERT_NE(box, nullptr);
-                EXPECT_EQ(box->icon(), c.icon);
-                EXPECT_EQ(box->standardButtons(), c.buttons);
-                EXPECT_EQ(box->standardButton(box->defaultButton()), c.defaultButton);
+                EXPECT_EQ(box->icon(), icon);
+                EXPECT_EQ(box->standardButtons(), buttons);
+                EXPECT_EQ(box->standardButton(box->defaultButton()), defaultButton);
                 EXPECT_EQ(box->textFormat(), Qt::PlainText);
                 seenText = box->text();
                 seenTitle = box->windowTitle();
-                c.user(box);
+                user(box);
             });
-        EXPECT_EQ(answer, c.expected);
+        EXPECT_EQ(answer, expected);
         EXPECT_EQ(seenText, QStringLiteral("<b>A & B</b>\nsecond line"));
         EXPECT_EQ(seenTitle, QStringLiteral("Span Gas"));
     }
