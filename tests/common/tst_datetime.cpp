@@ -72,10 +72,12 @@ TEST(DateTime, DateAddWholeKeepsWholeSeconds)
     const std::tuple<const char *, int, QDateTime, QDateTime> cases[] = {
         {"n", 1, at(2024, 5, 1, 10, 59, 59, 600), at(2024, 5, 1, 11, 0, 59)},
         {"s", 1, at(2024, 5, 1, 23, 59, 59, 999), at(2024, 5, 2, 0, 0, 0)},
+        {"h", 2, at(2024, 5, 1, 23, 0, 0, 250), at(2024, 5, 2, 1, 0, 0)},
         {"N", -90, at(2024, 5, 1, 0, 30, 0), at(2024, 4, 30, 23, 0, 0)},
         {"d", 1, at(2024, 5, 1, 10, 59, 59, 600), at(2024, 5, 2, 10, 59, 59, 600)}, // untouched
         {"m", 1, at(2024, 1, 31, 6, 0, 0), at(2024, 2, 29, 6, 0, 0)},
         {"yyyy", -1, at(2024, 2, 29, 6, 0, 0), at(2023, 2, 28, 6, 0, 0)},
+        {"ww", 2, at(2024, 5, 1, 6, 0, 0), at(2024, 5, 15, 6, 0, 0)},
         {"q", 1, at(2024, 11, 30, 6, 0, 0), at(2025, 2, 28, 6, 0, 0)},
     };
     for (const auto &[interval, number, start, expected] : cases)
@@ -108,6 +110,7 @@ TEST(DateTime, ParseDateText)
         {"5/1/24", at(2024, 5, 1, 0, 0, 0)},   // two-digit years land in 1930-2029
         {"13:30", QDateTime(zero, QTime(13, 30))},
         {"1:30 PM", QDateTime(zero, QTime(13, 30))},
+        {"12:05 am", QDateTime(zero, QTime(0, 5))},
         {" 6:50 ", QDateTime(zero, QTime(6, 50))},
         {"2024-13-45", std::nullopt},
         {"2024-02-30", std::nullopt},

@@ -41,6 +41,7 @@ TEST(FormatSettingValue, ShowsEachDataTypeAndLogsMisfits)
         {"date and time not a date", 4, Value(7.5), {}, false, "", false, dm15},
         {"yes/no zero", 5, Value(0), {}, false, "No", false, {}},
         {"yes/no minus one", 5, Value(-1), {}, false, "Yes", false, {}},
+        {"yes/no Boolean", 5, Value(true), {}, false, "Yes", false, {}},
         {"yes/no text", 5, Value("abc"), {}, false, "", false, dm16},
         {"on/off zero", 6, Value(0), {}, false, "Off", false, {}},
         {"on/off non-zero", 6, Value(2.5), {}, false, "On", false, {}},

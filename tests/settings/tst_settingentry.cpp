@@ -37,6 +37,7 @@ TEST(CheckNumberEntry, LimitsInOrder)
     using Case = std::tuple<QString, Value, Value, NumberEntryCheck::Refusal, QString, QStringList>;
     const std::vector<Case> cases = {
         {"50", 0, 100, None, {}, {}},
+        {"0", 0, 100, None, {}, {}},   // equal to the lower limit
         {"100", 0, 100, None, {}, {}}, // equal to the upper limit
         {"-5", 0, 100, None, {}, {below("-5", "0")}},
         {"100.5", 0, 100, None, {}, {above("100.5", "100")}},
@@ -46,11 +47,13 @@ TEST(CheckNumberEntry, LimitsInOrder)
         {"50", 60, 40, None, {}, {below("50", "60"), above("50", "40")}}, // crossed: lower
                                                                           // first
         {kMax, N, N, None, {}, {}},
+        {u'-' + kMax, N, N, None, {}, {}},
         {justAbove, N, N, AboveMaximum, tooHigh(justAbove), {}},
         {"1e13", 0, 100, AboveMaximum, tooHigh("1e13"), {}},
         {" 2e13 ", N, N, AboveMaximum, tooHigh("2e13"), {}}, // the blanks are not repeated
         {"-1000000000000", N, N, BelowMinimum, tooLow, {}},
         {"12x", 0, 100, NotNumeric, {}, {}},
+        {"", 0, 100, NotNumeric, {}, {}},
     };
     for (const auto &[entry, low, high, refusal, message, questions] : cases) {
         SCOPED_TRACE(entry.toStdString());

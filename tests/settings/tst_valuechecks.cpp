@@ -55,6 +55,7 @@ TEST(ValueChecks, EntryReadings)
         {Number, "1,5e3", false, "not a number"},
         {Number, "12,34,567", false, "not a number"},
         {Number, "1e13", false, "greater than the maximum value (999999999999.9999999)"},
+        {Date, "31 Feb 2026", false, "not a date"},
         {Date, "2024-03-05", true, "reads as 5 March 2024"},
         {Time, "25:70:00", false, "not a time"},
         {Time, "14:30", true, "reads as 14:30:00"},
