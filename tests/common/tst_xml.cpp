@@ -155,6 +155,7 @@ TEST(XmlRead, GetNodeTextSelectsByPath)
         {"//CalStart/CalStartTimeUser", u"06:50"_s}, // trimmed
         {"//CalStart/ManualCalStartSupported/@ioid", u"C12"_s},
         {"//CalStart/Unit", u"Unit & 1 at 25\u00b0C"_s},
+        {"//CalStart/Nested/Inner", u"a"_s}, // the first of several
         {"//CalStart/Nested", u"ab"_s},
         {"//CalStart/SkipIfOffline", QString()},
         {"//CalStart/Missing", QString()},
@@ -198,6 +199,7 @@ TEST(XmlRead, DatesDropFractionsAndReadLocalTime)
     const QDateTime tenPast(QDate(2024, 5, 1), QTime(13, 45, 10));
     const QList<std::pair<QString, QDateTime>> cases = {
         {u"2024-05-01T13:45:10.123"_s, tenPast},
+        {u"2024-05-01T13:45:10"_s, tenPast},
         {u"2024-05-01T07:05:00.000Z"_s, QDateTime(QDate(2024, 5, 1), QTime(7, 5))},
         {u"garbage"_s, zeroDate()},
         {u"T"_s, zeroDate()},
