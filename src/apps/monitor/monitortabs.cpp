@@ -67,6 +67,7 @@ QWidget *createSettingsTab(MonitorWindow &window, const MonitorContext &context)
         settings, &DISettings::Problem, &window,
         [&window, context](const QString &line) { reportProblem(window, context, line); });
     settings->Setup(context.dataInterface, true);
+    addSettingsShots(window, *settings, context);
     try {
         showStartGroup(window, *settings, context);
     } catch (...) {

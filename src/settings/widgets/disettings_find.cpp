@@ -316,6 +316,11 @@ void DISettings::showRowFacts(QTreeWidgetItem *row, const Parameter &definition)
                                      definition.GetAttribute(SettingAttr::RecommendedLow),
                                      definition.GetAttribute(SettingAttr::RecommendedHigh));
     row->setForeground(1, outside ? QBrush(kAmber) : QBrush());
+    QFont font = row->font(1);
+    if (font.bold() != outside) {
+        font.setBold(outside);
+        row->setFont(1, font);
+    }
 }
 
 } // namespace olvex

@@ -12,7 +12,7 @@ namespace olvex {
 
 SettingHistoryDialog::SettingHistoryDialog(QWidget *parent)
     : QDialog(parent)
-    , m_heading(new QLabel(this))
+    , m_heading(makeSettingHeading(*this))
     , m_summary(new QLabel(this))
     , m_lines(new QTreeWidget(this))
 {
@@ -63,6 +63,7 @@ void SettingHistoryDialog::setHistory(const QString &name, const QString &unit,
     }
     for (int column = 0; column < m_lines->columnCount(); ++column) {
         m_lines->resizeColumnToContents(column);
+        m_lines->setColumnWidth(column, m_lines->columnWidth(column) + 16);
     }
     if (QTreeWidgetItem *first = m_lines->topLevelItem(0)) {
         m_lines->setCurrentItem(first);
