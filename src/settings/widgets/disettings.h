@@ -120,7 +120,7 @@ private:
     void showAlarmSetpoints(QTreeWidgetItem *row, const Parameter &definition);
     // The amber mark of a shown number value outside its recommended range (the tooltip,
     // RowToolTip, is made when asked for: a fill of thousands of rows does not pay for it).
-    void showRowFacts(QTreeWidgetItem *row, const Parameter &definition);
+    void showRowFacts(QTreeWidgetItem *row, const Parameter &definition, const Value &shownValue);
     // Starts the one-second watch when a shown row waits for the service, ends it when none
     // does.
     void watchPendingRows();

@@ -304,15 +304,13 @@ bool DISettings::eventFilter(QObject *watched, QEvent *event)
     return QWidget::eventFilter(watched, event);
 }
 
-void DISettings::showRowFacts(QTreeWidgetItem *row, const Parameter &definition)
+void DISettings::showRowFacts(QTreeWidgetItem *row, const Parameter &definition,
+                              const Value &shownValue)
 {
-    const int icon = ReportList::smallIcon(row);
-    const bool valueShown = icon == SettingIcon::ReadOnly || icon == SettingIcon::ReadOnlyHighLevel
-                            || SettingIcon::isReadWrite(icon);
+    // The value the row shows, as read for it: a second read would cost the site a query a row.
     const bool outside
-        = valueShown && row->text(1) != QStringLiteral("Updating...")
-          && definition.GetAttribute(SettingAttr::DataType).toInteger() == SettingType::Number
-          && outsideRecommendedRange(definition.GetCurrentValue().Value,
+        = definition.GetAttribute(SettingAttr::DataType).toInteger() == SettingType::Number
+          && outsideRecommendedRange(shownValue,
                                      definition.GetAttribute(SettingAttr::RecommendedLow),
                                      definition.GetAttribute(SettingAttr::RecommendedHigh));
     row->setForeground(1, outside ? QBrush(kAmber) : QBrush());

@@ -248,7 +248,7 @@ void DISettings::showSettingState(QTreeWidgetItem *row, const Parameter &definit
         m_lsvSettings->setSmallIcon(row, state.icon);
     }
     ReportList::setSubItem(row, 1, state.valueText);
-    showRowFacts(row, definition);
+    showRowFacts(row, definition, state.shownValue);
     if (!state.formatProblem.isEmpty()) {
         Q_EMIT Problem(state.formatProblem);
     }
