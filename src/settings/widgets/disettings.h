@@ -166,6 +166,7 @@ private:
     bool m_live = false; // set up with the minute's refresh: also watch pending rows
 
     SettingFind m_find;
+    bool m_rowsFiltered = false; // some row of the lists may be hidden by a find
     // Each group's member settings (PID, name), read when a find first needs them.
     QHash<qint32, QList<std::pair<qint32, QString>>> m_groupMembers;
     int m_sortColumn = -1;

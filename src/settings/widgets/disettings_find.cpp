@@ -35,6 +35,13 @@ namespace {
 // Dark enough to read on a white list, plainly not the text colour.
 const QColor kAmber(0xB0, 0x6A, 0x00);
 
+QFont boldFont(const QTreeWidgetItem &row)
+{
+    QFont font = row.font(1);
+    font.setBold(true);
+    return font;
+}
+
 } // namespace
 
 void DISettings::buildFindBar(QWidget *bar)
@@ -146,6 +153,7 @@ void DISettings::ApplyFind(const QString &text)
     guarded(
         [&] {
             m_find = SettingFind(text);
+            m_rowsFiltered = true; // the shown rows may hold the last find's marks
             applyFindToTree();
             applyFindToRows();
         },
@@ -225,6 +233,11 @@ void DISettings::applyFindToTree()
 
 void DISettings::applyFindToRows()
 {
+    // Without a find a fresh fill hides nothing: nothing to walk.
+    if (m_find.isEmpty() && !m_rowsFiltered) {
+        return;
+    }
+    m_rowsFiltered = !m_find.isEmpty();
     for (ReportList *list : {m_lsvSettings, m_lsvAlarmSettings}) {
         QTreeWidgetItem *selected = list->selectedRow();
         for (int i = 0; i < list->rowCount(); ++i) {
@@ -313,12 +326,12 @@ void DISettings::showRowFacts(QTreeWidgetItem *row, const Parameter &definition,
           && outsideRecommendedRange(shownValue,
                                      definition.GetAttribute(SettingAttr::RecommendedLow),
                                      definition.GetAttribute(SettingAttr::RecommendedHigh));
-    row->setForeground(1, outside ? QBrush(kAmber) : QBrush());
-    QFont font = row->font(1);
-    if (font.bold() != outside) {
-        font.setBold(outside);
-        row->setFont(1, font);
+    // Rows in range (nearly all) are left untouched: a fill of thousands pays nothing for it.
+    if (!outside && !row->data(1, Qt::ForegroundRole).isValid()) {
+        return;
     }
+    row->setData(1, Qt::ForegroundRole, outside ? QVariant(QBrush(kAmber)) : QVariant());
+    row->setData(1, Qt::FontRole, outside ? QVariant(boldFont(*row)) : QVariant());
 }
 
 } // namespace olvex
