@@ -7,9 +7,9 @@
 #include "common/vocabulary.h"
 #include "host/idlist.h"
 #include "host/rowreader.h"
-#include "settings/settingvaluecheck.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
+#include "settings/settingvaluecheck.h"
 
 #include <QSqlQuery>
 
@@ -468,6 +468,12 @@ qint64 SiteStore::setAttribute(qint32 pid, int number, const Value &value, const
 
 qint64 SiteStore::queueValueWrite(qint32 pid, const Value &value, const Actor &who)
 {
+    // Inside a caller's transaction (an import posting a whole file at once), a write refused
+    // here is undone alone and the caller's other writes still commit.
+    std::optional<Savepoint> alone;
+    if (m_sql->inTransaction()) {
+        alone.emplace(*m_sql);
+    }
     Transaction transaction(*m_sql, SqlConnection::TransactionKind::Write);
     Value toWrite = value;
     {
@@ -507,6 +513,9 @@ qint64 SiteStore::queueValueWrite(qint32 pid, const Value &value, const Actor &w
     }
     query.finish();
     transaction.commit();
+    if (alone) {
+        alone->release();
+    }
     return id;
 }
 

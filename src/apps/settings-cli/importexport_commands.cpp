@@ -5,6 +5,7 @@
 #include "common/error.h"
 #include "host/sitedatainterface.h"
 #include "host/sitestore.h"
+#include "host/sqlconnection.h"
 #include "importexport/importexporttexts.h"
 #include "importexport/settingsimportexport.h"
 
@@ -189,10 +190,15 @@ int importCommand(const QStringList &args, QTextStream &out, QTextStream &err)
                 siteLog->LogMessage(Severity::Error, texts::accessDeniedLogLine(name));
             return ExitCode::Refused;
         }
+        // The whole file's writes commit together: a commit of each would cost a flush to disk
+        // per changed setting (minutes for a big file). Nothing is reported before the commit.
+        Transaction batch(store->sql(), SqlConnection::TransactionKind::Write);
         if (!transfer.ImportSettings(fileName, errorText, counts)) {
+            batch.commit(); // what was posted before the failure stays posted
             print(out, texts::importFailed(errorText));
             return ExitCode::Failed;
         }
+        batch.commit();
         print(out, texts::importSummary(fileName, counts, errorText));
         // Lines of a file the site's own export wrote (read-only, blank) are no fault; anything
         // else the file asked for and did not get is named, and the exit code says so.

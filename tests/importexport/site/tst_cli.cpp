@@ -17,11 +17,13 @@ TEST(SettingsCli, ExportImportAndTheirExitCodes)
     const QString file = dir.filePath("settings.csv");
     createDemoSite(site);
     const QString none = dir.filePath("none.csv");
-    // A value beyond the absolute limit: the lines the import could not change make it exit 4.
+    // A value beyond the absolute limit beside one that fits: the fitting change is posted (the
+    // file's writes commit together), and the line the import could not change makes it exit 4.
     const QString overflow = dir.filePath("in.csv");
     QFile csv(overflow);
     ASSERT_TRUE(csv.open(QIODevice::WriteOnly));
-    csv.write(";SiteID=MILLCREEK\r\n1-101-1-00-04,,SO2 Span Drift Limit,10000000000000\r\n");
+    csv.write(";SiteID=MILLCREEK\r\n1-101-1-00-04,,SO2 Span Drift Limit,10000000000000\r\n"
+              "1-101-1-00-05,,SO2 Bias Adjustment Factor,1.05\r\n");
     csv.close();
     const auto on = [&](const QString &verb, const QStringList &rest) {
         return QStringList{verb, "--site", site} + rest;
@@ -40,8 +42,9 @@ TEST(SettingsCli, ExportImportAndTheirExitCodes)
          "Preview of '" + file + "': nothing has been changed.", ""},
         {on("export", {file + "/out.csv"}), 1, "Failed. [CSET-0056]\n'" + file + "/out.csv': ", ""},
         {on("import", {file}), 2, "", ""}, // no user: nothing on stdout
-        {on("import", {"--user", "admin", overflow}), 4, "Found 1 settings",
+        {on("import", {"--user", "admin", overflow}), 4, "Found 2 settings",
          "  line 2: [CSET-0078] Error 6, Overflow: '10000000000000' is greater"},
+        {on("get", {"1-101-1-00-05"}), 0, "1-101-1-00-05\tUpdating...", ""},
         // An existing file is replaced only with --force.
         {on("export", {file}), 1, "", "--force replaces it"},
         {on("export", {file, "--force"}), 0, "Exported ", ""},
