@@ -29,20 +29,20 @@ QString statementText(const QString &head, int columns, qsizetype rows, const QS
 } // namespace
 
 void insertRows(SqlConnection &sql, const QString &head, int columns, qsizetype count,
-                const std::function<void(QSqlQuery &, qsizetype)> &bindRow, const QString &tail)
+                const std::function<void(RowReader &, qsizetype)> &bindRow, const QString &tail)
 {
     qsizetype done = 0;
     for (const qsizetype size : kChunkRows) {
         if (count - done < size) {
             continue;
         }
-        QSqlQuery &query = sql.prepared(statementText(head, columns, size, tail));
+        const QString statement = statementText(head, columns, size, tail);
         while (count - done >= size) {
+            RowReader rows(sql, statement);
             for (qsizetype i = 0; i < size; ++i) {
-                bindRow(query, done + i);
+                bindRow(rows, done + i);
             }
-            sql.exec(query);
-            query.finish();
+            rows.run();
             done += size;
         }
     }

@@ -62,6 +62,44 @@ void RowReader::bind(const QString &value)
     m_query->addBindValue(value);
 }
 
+void RowReader::bind(const QVariant &value)
+{
+    switch (value.isNull() ? QMetaType::UnknownType : value.typeId()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::Bool:
+        bind(value.toLongLong());
+        return;
+    case QMetaType::QString:
+        bind(value.toString());
+        return;
+    default:
+        break;
+    }
+    ++m_bound;
+#ifdef OLVEX_HAVE_SQLITE3
+    if (m_sqlite) {
+        const int rc = value.isNull() ? sqlite3_bind_null(m_sqlite, m_bound)
+                       : value.typeId() == QMetaType::Double
+                           ? sqlite3_bind_double(m_sqlite, m_bound, value.toDouble())
+                           : SQLITE_MISMATCH;
+        if (rc != SQLITE_OK) {
+            m_sql.failSqlite(m_statement, QStringLiteral("bind a value for"));
+        }
+        return;
+    }
+#endif
+    m_query->addBindValue(value);
+}
+
+void RowReader::run()
+{
+    exec();
+    while (next()) {
+    }
+}
+
 void RowReader::exec()
 {
     if (m_sqlite) {

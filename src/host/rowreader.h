@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+class QVariant;
+
 namespace olvex {
 
 // Reads the rows of one statement forward only, with the cheapest access each backend offers:
@@ -28,7 +30,11 @@ public:
     // Values for the statement's "?" placeholders, in order, before exec().
     void bind(qint64 value);
     void bind(const QString &value);
+    // A null QVariant binds SQL NULL; integers, doubles and texts bind as themselves.
+    void bind(const QVariant &value);
     void exec();
+    // Runs a statement that returns no rows (an INSERT) to its end.
+    void run();
 
     bool next();
     bool isNull(int column) const;

@@ -167,12 +167,12 @@ void SiteStore::logMessages(const QList<std::pair<int, QString>> &lines, const A
     insertRows(*m_sql,
                QStringLiteral(
                    "INSERT INTO message_log (logged_ms, severity, text, user_name, client_name)"),
-               5, lines.size(), [&](QSqlQuery &query, qsizetype i) {
-                   query.addBindValue(now);
-                   query.addBindValue(lines[i].first);
-                   query.addBindValue(notNull(lines[i].second));
-                   query.addBindValue(notNull(who.userName));
-                   query.addBindValue(notNull(who.clientName));
+               5, lines.size(), [&](RowReader &rows, qsizetype i) {
+                   rows.bind(now);
+                   rows.bind(qint64(lines[i].first));
+                   rows.bind(notNull(lines[i].second));
+                   rows.bind(notNull(who.userName));
+                   rows.bind(notNull(who.clientName));
                });
 }
 

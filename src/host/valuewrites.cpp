@@ -22,11 +22,10 @@ struct Stored
     QString text; // null for SQL NULL
 };
 
-void bind(QSqlQuery &query, const Stored &value)
+void bind(RowReader &rows, const Stored &value)
 {
-    query.addBindValue(value.kind);
-    query.addBindValue(value.text.isNull() ? QVariant(QMetaType::fromType<QString>())
-                                           : QVariant(value.text));
+    rows.bind(value.kind);
+    rows.bind(value.text.isNull() ? QVariant() : QVariant(value.text));
 }
 
 Stored stored(const Value &value)
@@ -156,11 +155,11 @@ QStringList CommandQueue::applyPendingWrites(const QList<PendingWrite> &writes,
     insertRows(
         sql, QStringLiteral("INSERT INTO current_values (pid, vkind, val, status, time)"), 5,
         applied.size(),
-        [&](QSqlQuery &query, qsizetype i) {
-            query.addBindValue(applied[i]->pid);
-            bind(query, values[i]);
-            query.addBindValue(0);
-            query.addBindValue(time);
+        [&](RowReader &rows, qsizetype i) {
+            rows.bind(qint64(applied[i]->pid));
+            bind(rows, values[i]);
+            rows.bind(qint64(0));
+            rows.bind(time);
         },
         QStringLiteral("ON CONFLICT (pid) DO UPDATE SET vkind = excluded.vkind,"
                        " val = excluded.val, status = excluded.status,"
@@ -169,17 +168,17 @@ QStringList CommandQueue::applyPendingWrites(const QList<PendingWrite> &writes,
                QStringLiteral("INSERT INTO audit_trail (changed_ms, user_name, client_name,"
                               " client_address, pid, attribute, old_vkind, old_val, new_vkind,"
                               " new_val, source)"),
-               11, applied.size(), [&](QSqlQuery &query, qsizetype i) {
+               11, applied.size(), [&](RowReader &rows, qsizetype i) {
                    const PendingWrite &write = *applied[i];
-                   query.addBindValue(now);
-                   query.addBindValue(notNull(write.userName));
-                   query.addBindValue(notNull(write.clientName));
-                   query.addBindValue(notNull(write.clientAddress));
-                   query.addBindValue(write.pid);
-                   query.addBindValue(QVariant(QMetaType::fromType<int>()));
-                   bind(query, old.value(write.pid));
-                   bind(query, values[i]);
-                   query.addBindValue(QString(u"pending write " + QString::number(write.id)));
+                   rows.bind(now);
+                   rows.bind(notNull(write.userName));
+                   rows.bind(notNull(write.clientName));
+                   rows.bind(notNull(write.clientAddress));
+                   rows.bind(qint64(write.pid));
+                   rows.bind(QVariant()); // a value, not an attribute
+                   bind(rows, old.value(write.pid));
+                   bind(rows, values[i]);
+                   rows.bind(QString(u"pending write " + QString::number(write.id)));
                });
     {
         // A write read by nextPendingWrites (SQLite) is claimed here, and done at once.
