@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 // Export of every setting parameter of a site to a settings CSV file, and import of such a file
 // back. Headless: the import/export panel and the command line both drive this class, so the
 // file format, the checks, the counts and the log lines exist once.
@@ -16,14 +18,14 @@
 
 namespace olvex {
 
-struct ExportCounts
+struct OLVEX_CORE_EXPORT ExportCounts
 {
     int count = 0;             // setting parameters written
     int nullCount = 0;         // of which with a Null value
     bool allNullOrZero = true; // every value Null, empty, "0" or the zero date
 };
 
-struct ImportCounts
+struct OLVEX_CORE_EXPORT ImportCounts
 {
     int total = 0; // lines other than blank and comment lines
     int modified = 0;
@@ -36,7 +38,7 @@ struct ImportCounts
 };
 
 // The current value of a setting as the file holds it.
-struct SettingValueText
+struct OLVEX_CORE_EXPORT SettingValueText
 {
     bool isNull = false;
     bool isZeroDate = false;
@@ -44,7 +46,7 @@ struct SettingValueText
 };
 
 // What an import would do, gathered by a dry run instead of writing.
-struct ImportChange
+struct OLVEX_CORE_EXPORT ImportChange
 {
     int lineNumber = 0;
     qint32 pid = 0;
@@ -52,13 +54,13 @@ struct ImportChange
     QString currentText;
     QString fileText;
 };
-struct ImportRefusal
+struct OLVEX_CORE_EXPORT ImportRefusal
 {
     int lineNumber = 0;
     QString line;
     QString reason; // the coded message the real import logs, without the line
 };
-struct ImportPreview
+struct OLVEX_CORE_EXPORT ImportPreview
 {
     QList<ImportChange> changes;
     QList<ImportRefusal> refusals;
@@ -69,7 +71,7 @@ struct ImportPreview
 // stops before the next line and keeps what it changed.
 using ProgressHandler = std::function<bool(qint64 done, qint64 total)>;
 
-class SettingsImportExport
+class OLVEX_CORE_EXPORT SettingsImportExport
 {
 public:
     // A null message log logs nothing.

@@ -31,7 +31,8 @@ const Command kCommands[] = {
 
 void printUsage(QTextStream &stream)
 {
-    stream << "Usage: " << kProgram << " COMMAND [options]\n\n"
+    stream << "Usage: " << kProgram << " COMMAND [options]\n"
+           << "       " << kProgram << " --version\n\n"
            << "The command line of an Olvex site. A site is a file path, sqlite:PATH or a\n"
            << "postgresql:// URI. Exit codes: 0 done, 1 failed, 2 usage, 3 refused for lack of\n"
            << "privilege.\n\nCommands:\n";
@@ -49,6 +50,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(kProgram);
+    QCoreApplication::setApplicationVersion(QStringLiteral(OLVEX_VERSION));
     QTextStream out(stdout);
     QTextStream err(stderr);
     QStringList args = QCoreApplication::arguments();
@@ -60,6 +62,10 @@ int main(int argc, char **argv)
     const QString name = args.first();
     if (name == u"--help" || name == u"-h" || name == u"help") {
         printUsage(out);
+        return ExitCode::Ok;
+    }
+    if (name == u"--version" || name == u"-v") {
+        out << kProgram << ' ' << QCoreApplication::applicationVersion() << '\n';
         return ExitCode::Ok;
     }
     for (const Command &command : kCommands) {
