@@ -4,6 +4,9 @@ BUILD      ?= build
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?=
 LAUNCHER   := $(shell command -v ccache >/dev/null 2>&1 && echo -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+# Paths under the checkout reach ccache relative to it, so another clone of the same sources
+# (a CI run, a second work tree) reuses the compiled objects.
+export CCACHE_BASEDIR ?= $(CURDIR)
 CONFIGURE  = cmake -S . -G Ninja -DCMAKE_EXPORT_COMPILE_COMMANDS=ON $(LAUNCHER) $(CMAKE_ARGS)
 SHOTS      ?= $(CURDIR)/$(BUILD)/screenshots
 

@@ -20,13 +20,15 @@ while read -r name; do
         --benchmark_out_format=json >/dev/null
 done <"$list"
 python3 - "$out" <<'PY'
-import glob, json, statistics, sys
+import glob, json, re, statistics, sys
 runs = {}
 for path in sorted(glob.glob(sys.argv[1] + "/*.json")):
     for b in json.load(open(path))["benchmarks"]:
         if b.get("run_type") == "aggregate":
             continue
-        runs.setdefault(b["name"], []).append(b["real_time"])
+        # A benchmark given its own iterations or repetitions carries them in its name.
+        name = re.sub(r"/(iterations|repeats):\d+", "", b["name"])
+        runs.setdefault(name, []).append(b["real_time"])
 # A program that repeats its benchmarks (--benchmark_repetitions) is judged by each side's
 # median: one slow moment of a shared machine does not decide the figure.
 times = {name: statistics.median(values) for name, values in runs.items()}

@@ -3,6 +3,8 @@
 #include <QLocale>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace olvex {
 
 namespace {
@@ -22,6 +24,37 @@ std::optional<Decimal> parseCForm(const QString &text)
     }
 }
 
+// Group separators stand only between groups of three digits of the whole part: "1,234.5" is a
+// number in en_US, "2,5" and "1,5e3" are not (a comma typed for a decimal point must not turn
+// 2.5 into 25).
+bool groupsInPlace(const QString &text, const QString &group, const QString &point)
+{
+    qsizetype end = text.indexOf(point);
+    if (end < 0) {
+        end = text.indexOf(QRegularExpression(QStringLiteral("[eE]")));
+    }
+    if (end < 0) {
+        end = text.size();
+    }
+    if (text.indexOf(group, end) >= 0) {
+        return false;
+    }
+    qsizetype begin = 0;
+    while (begin < end && !text[begin].isDigit()) {
+        ++begin;
+    }
+    const QStringList groups = text.mid(begin, end - begin).split(group);
+    for (qsizetype i = 0; i < groups.size(); ++i) {
+        const QString &digits = groups[i];
+        const bool sized = i == 0 ? digits.size() >= 1 && digits.size() <= 3 : digits.size() == 3;
+        if (!sized
+            || std::any_of(digits.cbegin(), digits.cend(), [](QChar c) { return !c.isDigit(); })) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 std::optional<Decimal> parseDecimal(const QString &text)
@@ -38,7 +71,10 @@ std::optional<Decimal> parseDecimal(const QString &text)
     QString normalised = trimmed;
     const QString group = locale.groupSeparator();
     const QString point = locale.decimalPoint();
-    if (!group.isEmpty() && group != point) {
+    if (!group.isEmpty() && group != point && normalised.contains(group)) {
+        if (!groupsInPlace(normalised, group, point)) {
+            return std::nullopt;
+        }
         normalised.remove(group);
     }
     if (point != u".") {

@@ -50,8 +50,8 @@ void DasRunner::stop()
 int DasRunner::runPending()
 {
     int count = 0;
-    while (m_service.runOnce() == 1) {
-        ++count;
+    for (int finished = m_service.runOnce(); finished > 0; finished = m_service.runOnce()) {
+        count += finished;
     }
     return count;
 }
@@ -77,7 +77,7 @@ void DasRunner::tick()
             }
             m_consecutiveFailures = 0;
             if (result > 0) {
-                // More may be waiting: the next one on the next turn of the event loop.
+                // More may be waiting: the next group on the next turn of the event loop.
                 schedule(std::chrono::milliseconds(0));
                 return;
             }

@@ -16,8 +16,9 @@ namespace olvex {
 //     olvex::DasRunner runner(store, std::chrono::milliseconds(1000));
 //     runner.start();
 //
-// While items come one after another they are carried out back to back, one per turn of the
-// event loop, so a window stays responsive and a stop request is seen after the item in hand;
+// While items come one after another they are carried out back to back, one group per turn of
+// the event loop, so a window stays responsive and a stop request is seen after the group in
+// hand;
 // when the queue is idle the runner looks again every interval.
 class DasRunner : public QObject
 {
@@ -39,7 +40,7 @@ public:
     // Runs until no item is queued or claimed on the site any more (waiting for the leases of
     // other services' claims to run out), then stops and emits drained().
     void drain();
-    // Takes effect between items; an item in hand is always finished first.
+    // Takes effect between groups; the group in hand is always finished first.
     void stop();
     bool isActive() const { return m_active; }
     bool isDraining() const { return m_draining; }

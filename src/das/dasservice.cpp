@@ -2,7 +2,12 @@
 
 #include "common/error.h"
 #include "common/pid.h"
+#include "das/calconfirmhandlers.h"
+#include "das/calstarthandlers.h"
+#include "das/cylinderhandlers.h"
 #include "das/workerid.h"
+#include "host/siteclock.h"
+#include "host/sqlconnection.h"
 #include "host/storeerrors.h"
 
 #include <QElapsedTimer>
@@ -72,6 +77,14 @@ DasService::DasService(std::shared_ptr<SiteStore> store, DasOptions options)
     if (m_options.lease.count() < 1) {
         m_options.lease = std::chrono::milliseconds(1);
     }
+    if (!m_options.clock) {
+        m_options.clock = std::make_shared<SiteClock>();
+    }
+    m_calChecks = std::make_unique<CalCheckRunner>(m_options.clock);
+    addCalStartHandlers(m_handlers, *m_calChecks);
+    addCylinderHandlers(m_handlers);
+    m_calScheduler = std::make_unique<CalScheduler>(m_options.clock, *m_calChecks);
+    addCalConfirmHandlers(m_handlers, *m_calScheduler);
 }
 
 DasService::~DasService() = default;
@@ -89,8 +102,9 @@ int DasService::outstanding()
 
 int DasService::runOnce() noexcept
 {
+    advanceCalChecks();
     int result = -1;
-    guarded([&] { result = step(); },
+    guarded([&] { result = step(true); },
             [&](const CaughtError &error) {
                 m_lastError = error.description;
                 writeLogLine(4, u"DAS: a service step failed: " + error.errorText());
@@ -101,6 +115,30 @@ int DasService::runOnce() noexcept
         reopenStore();
     }
     return result;
+}
+
+void DasService::advanceCalChecks()
+{
+    // A look at the running checks costs a query: once a second of service time is enough.
+    const QDateTime now = m_calChecks->now();
+    if (m_nextCalCheckLook.isValid() && now < m_nextCalCheckLook) {
+        return;
+    }
+    m_nextCalCheckLook = now.addSecs(1);
+    guarded(
+        [&] {
+            const int ended = m_calChecks->advance(*m_store);
+            if (ended > 0) {
+                echo(1, u"DAS: " + QString::number(ended) + u" calibration check(s) ended");
+            }
+            for (const QString &line : m_calScheduler->step(*m_store)) {
+                writeLogLine(1, u"DAS: " + line);
+            }
+        },
+        [&](const CaughtError &error) {
+            writeLogLine(4, u"DAS: cannot end the calibration checks that are due: "
+                                + error.errorText());
+        });
 }
 
 void DasService::reopenStore() noexcept
@@ -120,158 +158,276 @@ void DasService::reopenStore() noexcept
         });
 }
 
-int DasService::step()
+// One step's items, and what becomes of them, committed together.
+struct DasService::Group
 {
-    // Writes and commands take turns, so a long run of either never starves the other. A kind
-    // found empty last time gives its turn away, a few times in a row at most: a burst of one
-    // kind then costs no empty look at the other per item. A step that finds nothing has always
-    // looked at both.
+    QList<PendingWrite> writes;
+    QList<CommandRecord> records;
+    QList<DasResult> results;
+    // The group's message-log lines, in order: its results and its items' failed attempts.
+    QList<std::pair<int, QString>> lines;
+    int claimed = 0;
+    int triedAgain = 0; // items back in the queue for another try
+};
+
+int DasService::step(bool mayRetry)
+{
+    SqlConnection &sql = m_store->sql();
+    Group group;
+    std::optional<Transaction> whole;
+    if (m_store->isSqlite()) {
+        whole.emplace(sql, SqlConnection::TransactionKind::Write);
+    }
+    claim(group);
+    if (group.claimed == 0) {
+        m_groupLimit = 1;
+        return 0;
+    }
+    try {
+        Transaction transaction(sql, SqlConnection::TransactionKind::Write);
+        if (!m_store->isSqlite()) {
+            keepHeld(group);
+        }
+        applyWrites(group);
+        carryOutCommands(group);
+        m_store->logMessages(group.lines, m_actor);
+        transaction.commit();
+        if (whole) {
+            whole->commit();
+        }
+    } catch (...) {
+        const CaughtError error = currentError();
+        whole.reset();
+        return groupFailed(group, error, mayRetry);
+    }
+
+    // The queue was at least as long as the group: the next one may be twice the size.
+    m_groupLimit = group.claimed >= m_groupLimit ? std::min(m_groupLimit * 2, kMaxGroup) : 1;
+    for (const auto &[severity, line] : std::as_const(group.lines)) {
+        echo(severity, line);
+    }
+    for (const DasResult &result : std::as_const(group.results)) {
+        m_failures.remove(ItemKey{result.kind, result.id});
+        if (m_observer) {
+            m_observer(result);
+        }
+    }
+    // A group whose items all went back to the queue for another try is a failed step; one
+    // whose claims were all lost to another service found nothing to do.
+    if (group.results.isEmpty()) {
+        return group.triedAgain > 0 ? -1 : 0;
+    }
+    return int(group.results.size());
+}
+
+void DasService::claim(Group &group)
+{
+    // Writes and commands take turns at being claimed first, so a long run of either never
+    // starves the other: an item of the other kind waits one group at most. While items come
+    // one at a time, a kind found empty last time gives its turn away, a few times in a row at
+    // most: a burst of the other kind then costs no empty look per item. A step that finds
+    // nothing has always looked at both.
     bool writes = m_writesFirst;
     m_writesFirst = !m_writesFirst;
     int &skipped = m_skippedTurns[writes ? 0 : 1];
-    if (m_foundEmpty[writes ? 0 : 1] && skipped < kSkippedTurns) {
+    if (m_groupLimit == 1 && m_foundEmpty[writes ? 0 : 1] && skipped < kSkippedTurns) {
         ++skipped;
         writes = !writes;
     } else {
         skipped = 0;
     }
-    for (int i = 0; i < 2; ++i, writes = !writes) {
-        const int result = writes ? stepWrite(true) : stepCommand(true);
-        m_foundEmpty[writes ? 0 : 1] = result == 0;
-        if (result != 0) {
-            return result;
+    for (int i = 0; i < 2 && group.claimed < m_groupLimit; ++i, writes = !writes) {
+        const int room = m_groupLimit - group.claimed;
+        if (writes) {
+            // SQLite: this transaction is the claim.
+            group.writes = m_store->isSqlite()
+                               ? queue().nextPendingWrites(room)
+                               : queue().claimPendingWrites(m_workerId, m_options.lease, room);
+            group.claimed += int(group.writes.size());
+            m_foundEmpty[0] = group.writes.isEmpty();
+        } else {
+            group.records = queue().claimCommands(m_workerId, m_options.lease, room);
+            group.claimed += int(group.records.size());
+            m_foundEmpty[1] = group.records.isEmpty();
         }
     }
-    return 0;
 }
 
-int DasService::finishItem(Transaction &transaction, std::optional<Transaction> &whole,
-                           int severity, const DasResult &result)
+void DasService::keepHeld(Group &group)
 {
-    m_store->logMessage(severity, result.line, m_actor);
-    transaction.commit();
-    if (whole) {
-        whole->commit();
+    const auto keep = [this](auto &items, const QList<qint64> &held) {
+        items.removeIf([&](const auto &item) {
+            if (held.contains(item.id)) {
+                return false;
+            }
+            echo(1, describe(item) + u" was taken over by another service");
+            return true;
+        });
+    };
+    QList<qint64> ids;
+    for (const PendingWrite &write : std::as_const(group.writes)) {
+        ids.append(write.id);
     }
-    m_failures.remove(ItemKey{result.kind, result.id});
-    finished(result);
-    return 1;
+    keep(group.writes, queue().heldPendingWrites(ids, m_workerId));
+    ids.clear();
+    for (const CommandRecord &record : std::as_const(group.records)) {
+        ids.append(record.id);
+    }
+    keep(group.records, queue().heldCommands(ids, m_workerId));
 }
 
-int DasService::takenOver(const QString &what) const
+void DasService::result(Group &group, DasResult result)
 {
-    echo(1, what + u" was taken over by another service");
-    return 0;
+    const int severity = result.succeeded ? 1 : 4;
+    group.lines.append({severity, result.line});
+    group.results.append(std::move(result));
 }
 
-int DasService::stepWrite(bool mayRetry)
+void DasService::applyWrites(Group &group)
+{
+    QList<PendingWrite> toApply;
+    toApply.reserve(group.writes.size());
+    const auto failed = [&](const PendingWrite &write, const QString &reason) {
+        if (m_store->isSqlite()) {
+            queue().takePendingWrites({write.id}, m_workerId);
+        }
+        queue().failPendingWrite(write.id, m_workerId, reason);
+        result(group, {DasResult::Kind::ValueWrite, write.id, false, reason,
+                       describe(write) + u" failed: " + reason});
+    };
+    for (const PendingWrite &write : std::as_const(group.writes)) {
+        const auto known = m_failures.constFind(ItemKey{DasResult::Kind::ValueWrite, write.id});
+        if (known != m_failures.cend() && known->final) {
+            failed(write, known->reason);
+        } else {
+            toApply.append(write);
+        }
+    }
+    if (toApply.isEmpty()) {
+        return;
+    }
+    const QStringList reasons = queue().applyPendingWrites(toApply, m_workerId);
+    for (qsizetype i = 0; i < toApply.size(); ++i) {
+        const PendingWrite &write = toApply[i];
+        if (reasons[i].isEmpty()) {
+            result(group, {DasResult::Kind::ValueWrite, write.id, true, QStringLiteral("applied"),
+                           describe(write) + u" applied"});
+        } else {
+            failed(write, reasons[i]);
+        }
+    }
+}
+
+void DasService::carryOutCommands(Group &group)
 {
     SqlConnection &sql = m_store->sql();
-    std::optional<Transaction> whole;
-    if (m_store->isSqlite()) {
-        whole.emplace(sql, SqlConnection::TransactionKind::Write);
-    }
-    const std::optional<PendingWrite> write
-        = queue().claimPendingWrite(m_workerId, m_options.lease);
-    if (!write) {
-        return 0;
-    }
-    const ItemKey key{DasResult::Kind::ValueWrite, write->id};
-    const QString what = describe(*write);
-
-    const auto markFailed = [&](const QString &reason) {
-        Transaction transaction(sql, SqlConnection::TransactionKind::Write);
-        if (!queue().failPendingWrite(write->id, m_workerId, reason)) {
-            return takenOver(what);
+    for (const CommandRecord &record : std::as_const(group.records)) {
+        const ItemKey key{DasResult::Kind::Command, record.id};
+        const QString what = describe(record);
+        CommandOutcome outcome;
+        if (const auto known = m_failures.constFind(key);
+            known != m_failures.cend() && known->final) {
+            outcome = CommandOutcome::failed(known->reason);
+        } else {
+            QString reason;
+            bool storeFailure = true;
+            Savepoint savepoint(sql);
+            try {
+                outcome = carryOut(record);
+                savepoint.release();
+            } catch (const HandlerFailure &failure) {
+                reason = failure.reason;
+                storeFailure = failure.storeFailure;
+            } catch (...) {
+                const CaughtError error = currentError();
+                reason = error.errorText();
+                storeFailure = isStoreFailure(error.number);
+            }
+            if (!reason.isNull()) {
+                savepoint.rollback();
+                if (tryAgain(group, key, what, reason, storeFailure)) {
+                    queue().releaseCommands({record.id}, m_workerId);
+                    ++group.triedAgain;
+                    continue;
+                }
+                outcome = CommandOutcome::failed(m_failures.value(key).reason);
+            }
         }
-        return finishItem(
-            transaction, whole, 4,
-            {DasResult::Kind::ValueWrite, write->id, false, reason, what + u" failed: " + reason});
-    };
-    if (const auto known = m_failures.constFind(key); known != m_failures.cend() && known->final) {
-        return markFailed(known->reason);
+        queue().completeCommand(record.id, m_workerId, outcome.succeeded, outcome.message);
+        result(group, {DasResult::Kind::Command, record.id, outcome.succeeded, outcome.message,
+                       what + (outcome.succeeded ? u" done: " : u" failed: ") + outcome.message});
     }
-
-    QString reason;
-    bool storeFailure = true;
-    try {
-        Transaction transaction(sql, SqlConnection::TransactionKind::Write);
-        // Checks the claim and locks the row before anything changes: a claim lost to another
-        // service after the lease ran out leaves the write to that service.
-        if (!queue().applyPendingWrite(*write, m_workerId)) {
-            return takenOver(what);
-        }
-        return finishItem(transaction, whole, 1,
-                          {DasResult::Kind::ValueWrite, write->id, true, QStringLiteral("applied"),
-                           what + u" applied"});
-    } catch (...) {
-        const CaughtError error = currentError();
-        reason = error.errorText();
-        storeFailure = isStoreFailure(error.number);
-    }
-    whole.reset();
-    return afterFailure(key, what, reason, storeFailure, markFailed,
-                        mayRetry ? std::function<int()>([this] { return stepWrite(false); })
-                                 : std::function<int()>());
 }
 
-int DasService::stepCommand(bool mayRetry)
+bool DasService::tryAgain(Group &group, const ItemKey &key, const QString &what,
+                          const QString &reason, bool storeFailure)
 {
-    SqlConnection &sql = m_store->sql();
-    std::optional<Transaction> whole;
-    if (m_store->isSqlite()) {
-        whole.emplace(sql, SqlConnection::TransactionKind::Write);
+    if (m_failures.size() > kMaxRememberedFailures) {
+        m_failures.clear();
     }
-    const std::optional<CommandRecord> record = queue().claimCommand(m_workerId, m_options.lease);
-    if (!record) {
-        return 0;
+    Failure &failure = m_failures[key];
+    ++failure.count;
+    m_lastError = what + u": " + reason;
+    if (storeFailure && failure.count < kStoreFailureTries) {
+        group.lines.append({4, what + u" could not be carried out (attempt "
+                                   + QString::number(failure.count) + u" of "
+                                   + QString::number(kStoreFailureTries) + u"): " + reason});
+        return true;
     }
-    const ItemKey key{DasResult::Kind::Command, record->id};
-    const QString what = describe(*record);
+    failure.final = true;
+    failure.reason = storeFailure ? u"the store failed " + QString::number(failure.count)
+                                        + u" times: " + reason
+                                  : reason;
+    return false;
+}
 
-    const auto markFailed = [&](const QString &reason) {
-        Transaction transaction(sql, SqlConnection::TransactionKind::Write);
-        if (!queue().completeCommand(record->id, m_workerId, false, reason)) {
-            return takenOver(what);
-        }
-        return finishItem(
-            transaction, whole, 4,
-            {DasResult::Kind::Command, record->id, false, reason, what + u" failed: " + reason});
-    };
-    if (const auto known = m_failures.constFind(key); known != m_failures.cend() && known->final) {
-        return markFailed(known->reason);
+int DasService::groupFailed(const Group &group, const CaughtError &error, bool mayRetry)
+{
+    const QString reason = error.errorText();
+    if (!m_store->isSqlite()) {
+        // The claims outlived the rollback: give them back, for another try at once.
+        guarded(
+            [&] {
+                QList<qint64> writes;
+                QList<qint64> records;
+                for (const PendingWrite &write : group.writes) {
+                    writes.append(write.id);
+                }
+                for (const CommandRecord &record : group.records) {
+                    records.append(record.id);
+                }
+                Transaction transaction(m_store->sql(), SqlConnection::TransactionKind::Write);
+                queue().releasePendingWrites(writes, m_workerId);
+                queue().releaseCommands(records, m_workerId);
+                transaction.commit();
+            },
+            [](const CaughtError &) {
+                // The store is what failed; the claims run out with their lease.
+            });
     }
-
-    QString reason;
-    bool storeFailure = true;
-    try {
-        Transaction transaction(sql, SqlConnection::TransactionKind::Write);
-        // On PostgreSQL this also locks the record until the result commits, so nobody takes it
-        // over while its handler works, however long that is.
-        if (!m_store->isSqlite()
-            && !queue().renewCommandLease(record->id, m_workerId, m_options.lease)) {
-            return takenOver(what);
-        }
-        const CommandOutcome outcome = carryOut(*record);
-        if (!queue().completeCommand(record->id, m_workerId, outcome.succeeded, outcome.message)) {
-            return takenOver(what);
-        }
-        return finishItem(
-            transaction, whole, outcome.succeeded ? 1 : 4,
-            {DasResult::Kind::Command, record->id, outcome.succeeded, outcome.message,
-             what + (outcome.succeeded ? u" done: " : u" failed: ") + outcome.message});
-    } catch (const HandlerFailure &failure) {
-        reason = failure.reason;
-        storeFailure = failure.storeFailure;
-    } catch (...) {
-        const CaughtError error = currentError();
-        reason = error.errorText();
-        storeFailure = isStoreFailure(error.number);
+    if (group.claimed > 1) {
+        // Which item failed is unknown: one at a time, the next steps find it.
+        m_groupLimit = 1;
+        m_lastError = reason;
+        writeLogLine(4, u"DAS: a group of " + QString::number(group.claimed)
+                            + u" items could not be carried out, they are tried again one at a"
+                              u" time: "
+                            + reason);
+        return -1;
     }
-    whole.reset();
-    return afterFailure(key, what, reason, storeFailure, markFailed,
-                        mayRetry ? std::function<int()>([this] { return stepCommand(false); })
-                                 : std::function<int()>());
+    const bool isWrite = !group.writes.isEmpty();
+    const ItemKey key{isWrite ? DasResult::Kind::ValueWrite : DasResult::Kind::Command,
+                      isWrite ? group.writes.constFirst().id : group.records.constFirst().id};
+    const QString what
+        = isWrite ? describe(group.writes.constFirst()) : describe(group.records.constFirst());
+    Group attempt;
+    if (tryAgain(attempt, key, what, reason, isStoreFailure(error.number))) {
+        writeLogLine(attempt.lines.constFirst().first, attempt.lines.constFirst().second);
+        return -1;
+    }
+    // The item is still the oldest: the next claim finds it among the failures and marks it
+    // failed without carrying it out again.
+    return mayRetry ? step(false) : -1;
 }
 
 CommandOutcome DasService::carryOut(const CommandRecord &record)
@@ -329,36 +485,6 @@ CommandOutcome DasService::carryOut(const CommandRecord &record)
     }
 }
 
-int DasService::afterFailure(const ItemKey &key, const QString &what, const QString &reason,
-                             bool storeFailure,
-                             const std::function<int(const QString &)> &markFailedNow,
-                             const std::function<int()> &retry)
-{
-    if (m_failures.size() > kMaxRememberedFailures) {
-        m_failures.clear();
-    }
-    Failure &failure = m_failures[key];
-    ++failure.count;
-    m_lastError = what + u": " + reason;
-    if (storeFailure && failure.count < kStoreFailureTries) {
-        writeLogLine(4, what + u" could not be carried out (attempt "
-                            + QString::number(failure.count) + u" of "
-                            + QString::number(kStoreFailureTries) + u"): " + reason);
-        return -1;
-    }
-    failure.final = true;
-    failure.reason = storeFailure ? u"the store failed " + QString::number(failure.count)
-                                        + u" times: " + reason
-                                  : reason;
-    if (!m_store->isSqlite()) {
-        // The claim survived the rollback: mark the item at once.
-        return markFailedNow(failure.reason);
-    }
-    // SQLite: the claim went with the rollback. The next claim (the item is still the oldest)
-    // finds it among the failures and marks it failed.
-    return retry ? retry() : -1;
-}
-
 void DasService::writeLogLine(int severity, const QString &line)
 {
     echo(severity, line);
@@ -377,14 +503,6 @@ void DasService::echo(int severity, const QString &line) const
 {
     if (m_options.logSink) {
         m_options.logSink(severity, line);
-    }
-}
-
-void DasService::finished(const DasResult &result)
-{
-    echo(result.succeeded ? 1 : 4, result.line);
-    if (m_observer) {
-        m_observer(result);
     }
 }
 

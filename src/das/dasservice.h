@@ -1,5 +1,7 @@
 #pragma once
 
+#include "das/calcheckrunner.h"
+#include "das/calscheduler.h"
 #include "das/commandhandlers.h"
 #include "host/commandqueue.h"
 #include "host/sitestore.h"
@@ -16,6 +18,8 @@
 
 namespace olvex {
 
+struct CaughtError;
+
 struct DasOptions
 {
     // Who owns the claims; empty: makeWorkerId().
@@ -30,6 +34,9 @@ struct DasOptions
     // database server that restarted drops its connections for good). Only for a service that
     // has the store to itself: the window's service shares the window's.
     bool reopenStore = false;
+    // The service's time (calibration checks, the auto-cal log); null: the wall clock. Tests
+    // give a manual clock, a demonstration may give a faster one.
+    std::shared_ptr<ClockLibrary> clock;
 };
 
 // What became of one item.
@@ -47,21 +54,31 @@ struct DasResult
 };
 
 // The data acquisition service's side of the two queues: it claims pending value writes and
-// command records one at a time, carries each out against the store and records the result.
+// command records in groups, carries each out against the store and records the results.
+//
+// A group is one item while the queue is short, so a single change lands at once; while the
+// queue stays long it grows, doubling step by step up to kMaxGroup, and shrinks back to one as
+// soon as a claim finds fewer items than it asked for. Within a group the value writes are
+// applied first, with a few statements for all of them, then the command records one by one in
+// queue order; an earlier write of the same setting is always finished before a later one is
+// claimed.
 //
 // Every item is carried out exactly once:
-// - SQLite: claim, effects, result and log line are one write transaction. Whatever stops the
-//   service half way (a crash, SIGKILL, a full disk) rolls all of it back, and the item is
-//   simply still queued.
-// - PostgreSQL: the claim commits on its own (FOR UPDATE SKIP LOCKED, with a lease), so several
-//   services share the queue without taking the same item. The effects and the result commit
-//   together in a second transaction that first checks, and locks, the claim; a claim that was
-//   lost meanwhile (the lease ran out and another service took the item) changes nothing. A
-//   claim of a service that died is taken again once its lease has run out.
+// - SQLite: claims, effects, results and log lines of a group are one write transaction.
+//   Whatever stops the service half way (a crash, SIGKILL, a full disk) rolls all of it back,
+//   and the items are simply still queued.
+// - PostgreSQL: the claims commit on their own (FOR UPDATE SKIP LOCKED, with a lease), so
+//   several services share the queue without taking the same item. The effects and the results
+//   commit together in a second transaction that first checks, and locks, the claims; an item
+//   whose claim was lost meanwhile (the lease ran out and another service took it) is left to
+//   that service. A claim of a service that died is taken again once its lease has run out.
 //
 // An item that cannot be carried out (no handler for its action, a malformed record, an error
-// of its own) is marked failed with the reason, never dropped; a store failure is retried on
-// later steps, and marks the item failed once it has happened a few times for that item.
+// of its own) is marked failed with the reason, never dropped, and alone: a command record runs
+// in a savepoint of its own, so its failure undoes only its own changes and the rest of the group
+// commits. A store failure of a record's handler puts the record back in the queue for another
+// try, and marks it failed once it has happened a few times for that record. A group that fails
+// as a whole (the store went away) is rolled back and its items tried again one at a time.
 //
 // A service is one connection's worth of work: use it from the thread that opened the store.
 class DasService
@@ -72,17 +89,27 @@ public:
     DasService(const DasService &) = delete;
     DasService &operator=(const DasService &) = delete;
 
-    // One step: claims the next item (value writes and command records take turns) and carries
-    // it out. 1: an item was finished (done or failed); 0: nothing could be claimed; -1: the step
-    // failed (the error is logged and in lastError(); the item is tried again later). Never
-    // throws.
+    // The most items one step claims.
+    static constexpr int kMaxGroup = 4096;
+
+    // One step: claims the next group (value writes and command records take turns at being
+    // claimed first) and carries it out. The number of items finished (done or failed); 0:
+    // nothing could be claimed; -1: the step failed (the error is logged and in lastError(); the
+    // items are tried again later). Never throws.
     int runOnce() noexcept;
+    // How many items the next step claims at most.
+    int groupLimit() const { return m_groupLimit; }
 
     // Items queued or claimed by anyone, on this site: what a drain waits for. Throws
     // olvex::Error when the store cannot be read.
     int outstanding();
 
     CommandHandlers &handlers() { return m_handlers; }
+    // Runs the calibration checks that the calibration commands start; each step first ends
+    // those whose time is up.
+    CalCheckRunner &calChecks() { return *m_calChecks; }
+    // Starts the checks the records schedule, and holds them for confirmation where asked.
+    CalScheduler &calScheduler() { return *m_calScheduler; }
     const QString &workerId() const { return m_workerId; }
     std::chrono::milliseconds lease() const { return m_options.lease; }
     // The store the service works on (another one after it reopened the site).
@@ -110,25 +137,26 @@ private:
         QString reason;
     };
 
-    int step();
+    struct Group;
+
+    int step(bool mayRetry);
     CommandQueue queue() { return CommandQueue(*m_store); }
     void reopenStore() noexcept;
-    int stepWrite(bool mayRetry);
-    int stepCommand(bool mayRetry);
+    void claim(Group &group);
+    // PostgreSQL: keeps the items whose claims are still this service's, locked.
+    void keepHeld(Group &group);
+    void applyWrites(Group &group);
+    void carryOutCommands(Group &group);
     CommandOutcome carryOut(const CommandRecord &record);
-    // After a failed attempt, rolled back already. Returns what the step returns.
-    int afterFailure(const ItemKey &key, const QString &what, const QString &reason,
-                     bool storeFailure, const std::function<int(const QString &)> &markFailedNow,
-                     const std::function<int()> &retry);
+    void result(Group &group, DasResult result);
+    // After an item's own failure: true when it goes back to the queue for another try.
+    bool tryAgain(Group &group, const ItemKey &key, const QString &what, const QString &reason,
+                  bool storeFailure);
+    // After the group was rolled back as a whole. Returns what the step returns.
+    int groupFailed(const Group &group, const CaughtError &error, bool mayRetry);
     void writeLogLine(int severity, const QString &line);
+    void advanceCalChecks();
     void echo(int severity, const QString &line) const;
-    void finished(const DasResult &result);
-    // Logs the item's line, commits its result (and on SQLite the claim held in whole) and
-    // reports it: the step's 1.
-    int finishItem(Transaction &transaction, std::optional<Transaction> &whole, int severity,
-                   const DasResult &result);
-    // The step's 0 when the claim was lost to another service.
-    int takenOver(const QString &what) const;
     QString describe(const PendingWrite &write) const;
     QString describe(const CommandRecord &record) const;
 
@@ -137,10 +165,14 @@ private:
     QString m_workerId;
     Actor m_actor;
     CommandHandlers m_handlers;
+    std::unique_ptr<CalCheckRunner> m_calChecks;
+    std::unique_ptr<CalScheduler> m_calScheduler;
+    QDateTime m_nextCalCheckLook;
     QHash<ItemKey, Failure> m_failures;
     std::function<void(const DasResult &)> m_observer;
     QString m_lastError;
     int m_failedSteps = 0;
+    int m_groupLimit = 1;
     bool m_writesFirst = true;
     // Per kind (0 value writes, 1 command records): found nothing last time; turns given away.
     std::array<bool, 2> m_foundEmpty{};

@@ -1,10 +1,15 @@
 #include "host/commandqueue.h"
 
 #include "common/error.h"
+#include "host/idlist.h"
+#include "host/rowreader.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
 
 #include <QSqlQuery>
+
+#include <algorithm>
+#include <optional>
 
 namespace olvex {
 
@@ -15,20 +20,20 @@ constexpr auto kCommonColumns = "id, state, user_name, client_name, client_addre
 constexpr auto kCommandColumns = ", site_id, record_type, text, source_code";
 constexpr auto kWriteColumns = ", pid, vkind, val";
 
-// Claimable: queued, or claimed by a worker whose lease ran out. A value write waits while an
-// older write of the same parameter is unfinished, so writes land in the order they were made.
-// The unary plus keeps the lease time out of index choice: SQLite would otherwise prepare the
-// statement again for every new time bound to it (its planner weighs bound values).
-const QString &claimableCommand()
+// Claimable: queued, or claimed by a worker whose lease ran out; each looked for on its own, so
+// that both walk the (state, id) index in id order and stop at the group's size instead of
+// sorting every unfinished item. A value write waits while an older write of the same parameter
+// is unfinished, so writes land in the order they were made. The unary plus keeps the lease time
+// out of index choice: SQLite would otherwise prepare the statement again for every new time
+// bound to it (its planner weighs bound values).
+const QString &leaseRanOut()
 {
-    static const QString where
-        = QStringLiteral("(state = 'queued' OR (state = 'claimed' AND +claimed_until_ms < ?))");
+    static const QString where = QStringLiteral("state = 'claimed' AND +claimed_until_ms < ?");
     return where;
 }
-const QString &claimableWrite()
+const QString &writeWaitsForNone()
 {
     static const QString where = QStringLiteral(
-        "(state = 'queued' OR (state = 'claimed' AND +claimed_until_ms < ?))"
         " AND NOT EXISTS (SELECT 1 FROM pending_writes e WHERE e.pid = pending_writes.pid"
         " AND e.id < pending_writes.id AND e.state IN ('queued', 'claimed'))");
     return where;
@@ -48,103 +53,166 @@ QueueItem::State stateFromName(const QString &name)
     return QueueItem::State::Queued;
 }
 
-void readCommon(const QSqlQuery &query, QueueItem &item)
+// A row of a QSqlQuery read like a RowReader's, so that one reader serves both.
+struct QueryRow
 {
-    item.id = query.value(0).toLongLong();
-    item.state = stateFromName(query.value(1).toString());
-    item.userName = query.value(2).toString();
-    item.clientName = query.value(3).toString();
-    item.clientAddress = query.value(4).toString();
-    item.postedAt = fromStoreTime(query.value(5));
-    item.claimedBy = query.value(6).toString();
-    item.claimedUntil = fromStoreTime(query.value(7));
-    item.attempts = query.value(8).toInt();
-    item.doneAt = fromStoreTime(query.value(9));
-    item.result = query.value(10).toString();
+    const QSqlQuery &query;
+    bool isNull(int column) const { return query.isNull(column); }
+    qint64 integer(int column) const { return query.value(column).toLongLong(); }
+    QString text(int column) const { return query.value(column).toString(); }
+};
+
+// In UTC: a local time costs a look at the system's zone rules per value, and the service reads
+// thousands of items a second.
+template<class Row>
+QDateTime utcTime(const Row &row, int column)
+{
+    return row.isNull(column) ? QDateTime()
+                              : QDateTime::fromMSecsSinceEpoch(row.integer(column), Qt::UTC);
 }
 
-CommandRecord readCommand(const QSqlQuery &query)
+template<class Row>
+void readCommon(const Row &row, QueueItem &item)
 {
-    CommandRecord record;
-    readCommon(query, record);
-    record.siteId = query.value(11).toString();
-    record.recordType = query.value(12).toString();
-    record.text = query.value(13).toString();
-    record.sourceCode = query.value(14).toString();
-    return record;
+    item.id = row.integer(0);
+    item.state = stateFromName(row.text(1));
+    item.userName = row.text(2);
+    item.clientName = row.text(3);
+    item.clientAddress = row.text(4);
+    item.postedAt = utcTime(row, 5);
+    item.claimedBy = row.text(6);
+    item.claimedUntil = utcTime(row, 7);
+    item.attempts = int(row.integer(8));
+    item.doneAt = utcTime(row, 9);
+    item.result = row.text(10);
 }
 
-PendingWrite readWrite(const QSqlQuery &query)
+struct ReadCommand
 {
-    PendingWrite write;
-    readCommon(query, write);
-    write.pid = query.value(11).toInt();
-    write.value = decodeValue(query.value(12).toInt(), query.value(13).toString());
-    return write;
-}
+    template<class Row>
+    CommandRecord operator()(const Row &row) const
+    {
+        CommandRecord record;
+        readCommon(row, record);
+        record.siteId = row.text(11);
+        record.recordType = row.text(12);
+        record.text = row.text(13);
+        record.sourceCode = row.text(14);
+        return record;
+    }
+};
 
-// Claims the oldest claimable row of table and reads it with read.
+struct ReadWrite
+{
+    template<class Row>
+    PendingWrite operator()(const Row &row) const
+    {
+        PendingWrite write;
+        readCommon(row, write);
+        write.pid = qint32(row.integer(11));
+        write.value = decodeValue(int(row.integer(12)), row.text(13));
+        return write;
+    }
+};
+
+// Claims up to max of the oldest claimable rows of table (two statements: the claims whose lease
+// ran out, then the queued rows) and reads them with read, oldest first.
+// With worker empty, only reads them (SQLite, in the caller's write transaction).
 template<class Item, class Read>
-std::optional<Item> claim(SiteStore &store, const QString &table, const QString &columns,
-                          const QString &claimable, const QString &worker,
-                          std::chrono::milliseconds lease, Read read)
+QList<Item> claim(SiteStore &store, const QString &table, const QString &columns,
+                  const QString &condition, const QString &worker, std::chrono::milliseconds lease,
+                  int max, Read read)
 {
     SqlConnection &sql = store.sql();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    const qint64 until = now + lease.count();
-    if (!store.isSqlite()) {
+    const bool readOnly = worker.isEmpty();
+    QList<Item> items;
+    for (const bool expired : {true, false}) {
+        if (items.size() >= max) {
+            break;
+        }
+        const QString select = u" FROM " + table + u" WHERE "
+                               + (expired ? leaseRanOut() : QStringLiteral("state = 'queued'"))
+                               + condition + u" ORDER BY id LIMIT ?";
+        const qint64 limit = std::max(max - int(items.size()), 1);
+        if (readOnly && store.isSqlite()) {
+            // Many rows, read without a QVariant per column.
+            RowReader rows(sql, u"SELECT " + columns + select);
+            if (expired) {
+                rows.bind(now);
+            }
+            rows.bind(limit);
+            rows.exec();
+            while (rows.next()) {
+                items.append(read(rows));
+            }
+            continue;
+        }
+        const QString update = u"UPDATE " + table
+                               + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
+                                 u" attempts = attempts + 1 WHERE id IN (SELECT id"
+                               + select + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED")
+                               + u") RETURNING " + columns;
+        // PostgreSQL plans a statement kept prepared once for any LIMIT, and that plan sorts the
+        // whole queue: prepared anew, each claim gets a plan for its own group size.
+        std::optional<QSqlQuery> once;
         QSqlQuery &query
-            = sql.prepared(u"UPDATE " + table
-                           + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
-                             u" attempts = attempts + 1 WHERE id = (SELECT id FROM "
-                           + table + u" WHERE " + claimable
-                           + u" ORDER BY id LIMIT 1 FOR UPDATE SKIP LOCKED) RETURNING " + columns);
+            = store.isSqlite() ? sql.prepared(update) : once.emplace(sql.prepare(update));
         QueryScope scope(query);
         query.addBindValue(notNull(worker));
-        query.addBindValue(until);
-        query.addBindValue(now);
-        sql.exec(query);
-        if (!query.next()) {
-            return std::nullopt;
+        query.addBindValue(now + lease.count());
+        if (expired) {
+            query.addBindValue(now);
         }
-        return read(query);
-    }
-    Transaction transaction(sql, SqlConnection::TransactionKind::Write);
-    qint64 id = 0;
-    {
-        QSqlQuery &query = sql.prepared(u"SELECT id FROM " + table + u" WHERE " + claimable
-                                        + u" ORDER BY id LIMIT 1");
-        QueryScope scope(query);
-        query.addBindValue(now);
+        query.addBindValue(limit);
         sql.exec(query);
-        if (!query.next()) {
-            return std::nullopt;
-        }
-        id = query.value(0).toLongLong();
-    }
-    {
-        QSqlQuery &query = sql.prepared(u"UPDATE " + table
-                                        + u" SET state = 'claimed', claimed_by = ?,"
-                                          u" claimed_until_ms = ?, attempts = attempts + 1"
-                                          u" WHERE id = ?");
-        query.addBindValue(notNull(worker));
-        query.addBindValue(until);
-        query.addBindValue(id);
-        sql.exec(query);
-    }
-    std::optional<Item> item;
-    {
-        QSqlQuery &query
-            = sql.prepared(u"SELECT " + columns + u" FROM " + table + u" WHERE id = ?");
-        QueryScope scope(query);
-        query.addBindValue(id);
-        sql.exec(query);
-        if (query.next()) {
-            item = read(query);
+        while (query.next()) {
+            items.append(read(QueryRow{query}));
         }
     }
-    transaction.commit();
-    return item;
+    std::ranges::sort(items, {}, &QueueItem::id);
+    return items;
+}
+
+QList<qint64> held(SiteStore &store, const QString &table, const QList<qint64> &ids,
+                   const QString &worker)
+{
+    QList<qint64> held;
+    if (ids.isEmpty()) {
+        return held;
+    }
+    SqlConnection &sql = store.sql();
+    QSqlQuery &query = sql.prepared(
+        withIdList(u"SELECT id FROM " + table
+                       + u" WHERE id %IN_IDS% AND state = 'claimed' AND claimed_by = ? ORDER BY id"
+                       + (store.isSqlite() ? u"" : u" FOR UPDATE"),
+                   store.isSqlite()));
+    QueryScope scope(query);
+    query.addBindValue(idListText(store.isSqlite(), ids));
+    query.addBindValue(notNull(worker));
+    sql.exec(query);
+    while (query.next()) {
+        held.append(query.value(0).toLongLong());
+    }
+    return held;
+}
+
+void release(SiteStore &store, const QString &table, const QList<qint64> &ids,
+             const QString &worker)
+{
+    if (ids.isEmpty()) {
+        return;
+    }
+    SqlConnection &sql = store.sql();
+    QSqlQuery &query = sql.prepared(
+        withIdList(u"UPDATE " + table
+                       + u" SET state = 'queued', claimed_by = NULL, claimed_until_ms = NULL"
+                         u" WHERE id %IN_IDS% AND state = 'claimed' AND claimed_by = ?",
+                   store.isSqlite()));
+    query.addBindValue(idListText(store.isSqlite(), ids));
+    query.addBindValue(notNull(worker));
+    sql.exec(query);
+    query.finish();
 }
 
 bool finish(SiteStore &store, const QString &table, qint64 id, const QString &worker,
@@ -179,65 +247,9 @@ QList<Item> list(SiteStore &store, const QString &table, const QString &columns,
     sql.exec(query);
     QList<Item> items;
     while (query.next()) {
-        items.append(read(query));
+        items.append(read(QueryRow{query}));
     }
     return items;
-}
-
-// A cylinder's component gases are listed, with their certified values, in its attribute -312
-// ("SO2,450.5,ppm;NO,250,ppm"), in the order of its gas PIDs (-46). When a gas's value changes,
-// the list follows, in the same transaction, so the cylinder list never shows an old value.
-void refreshCylinderGases(SiteStore &store, qint32 gasPid, const Value &value, const Actor &who)
-{
-    // Most writes are of no cylinder's gas: one indexed look at the cylinders' gas lists (whose
-    // stored form holds each PID as "pid") settles that.
-    QList<qint32> cylinders;
-    {
-        SqlConnection &sql = store.sql();
-        QSqlQuery &query = sql.prepared(
-            u"SELECT p.pid FROM parameters p JOIN attributes a ON a.pid = p.pid AND a.number = "
-            + QString::number(CylinderAttr::GasPids) + u" WHERE p.ptype = "
-            + QString::number(ParameterTypes::GasCylinder) + u" AND a.val LIKE ?");
-        QueryScope scope(query);
-        query.addBindValue(QString(u"%\"" + QString::number(gasPid) + u"\"%"));
-        sql.exec(query);
-        while (query.next()) {
-            cylinders.append(query.value(0).toInt());
-        }
-    }
-    for (const qint32 cylinderPid : cylinders) {
-        const std::optional<ParameterRecord> found = store.parameter(cylinderPid);
-        if (!found) {
-            continue;
-        }
-        const ParameterRecord &cylinder = *found;
-        const Value *members = cylinder.attribute(CylinderAttr::GasPids);
-        const Value *listed = cylinder.attribute(CylinderAttr::ComponentGases);
-        if (!members || !listed) {
-            continue;
-        }
-        const QList<Value> pids = members->toArray();
-        QStringList entries = listed->toText().split(u';');
-        bool changed = false;
-        for (qsizetype i = 0; i < pids.size() && i < entries.size(); ++i) {
-            if (pids[i].toInteger() != gasPid) {
-                continue;
-            }
-            QStringList parts = entries[i].split(u',');
-            if (parts.size() < 2) {
-                continue;
-            }
-            const StoredValue stored = encodeValue(value);
-            parts[1]
-                = value.isNumeric() && !value.isText() ? stored.text.toString() : value.toText();
-            entries[i] = parts.join(u',');
-            changed = true;
-        }
-        if (changed) {
-            store.setAttribute(cylinder.pid, CylinderAttr::ComponentGases, Value(entries.join(u';')), who,
-                               QStringLiteral("component gas value"));
-        }
-    }
 }
 
 QString commandColumns()
@@ -299,15 +311,73 @@ qint64 CommandQueue::postCommand(const QString &siteId, const QString &recordTyp
 std::optional<CommandRecord> CommandQueue::claimCommand(const QString &worker,
                                                         std::chrono::milliseconds lease)
 {
+    const QList<CommandRecord> records = claimCommands(worker, lease, 1);
+    return records.isEmpty() ? std::nullopt : std::optional(records.first());
+}
+
+QList<CommandRecord> CommandQueue::claimCommands(const QString &worker,
+                                                 std::chrono::milliseconds lease, int max)
+{
     return claim<CommandRecord>(m_store, QStringLiteral("command_records"), commandColumns(),
-                                claimableCommand(), worker, lease, readCommand);
+                                QString(), worker, lease, max, ReadCommand());
 }
 
 std::optional<PendingWrite> CommandQueue::claimPendingWrite(const QString &worker,
                                                             std::chrono::milliseconds lease)
 {
+    const QList<PendingWrite> writes = claimPendingWrites(worker, lease, 1);
+    return writes.isEmpty() ? std::nullopt : std::optional(writes.first());
+}
+
+QList<PendingWrite> CommandQueue::claimPendingWrites(const QString &worker,
+                                                     std::chrono::milliseconds lease, int max)
+{
     return claim<PendingWrite>(m_store, QStringLiteral("pending_writes"), writeColumns(),
-                               claimableWrite(), worker, lease, readWrite);
+                               writeWaitsForNone(), worker, lease, max, ReadWrite());
+}
+
+QList<PendingWrite> CommandQueue::nextPendingWrites(int max)
+{
+    Q_ASSERT(m_store.isSqlite() && m_store.sql().inTransaction());
+    return claim<PendingWrite>(m_store, QStringLiteral("pending_writes"), writeColumns(),
+                               writeWaitsForNone(), QString(), std::chrono::milliseconds(0), max,
+                               ReadWrite());
+}
+
+void CommandQueue::takePendingWrites(const QList<qint64> &ids, const QString &worker)
+{
+    if (ids.isEmpty()) {
+        return;
+    }
+    SqlConnection &sql = m_store.sql();
+    QSqlQuery &query = sql.prepared(
+        withIdList(QStringLiteral("UPDATE pending_writes SET state = 'claimed', claimed_by = ?,"
+                                  " attempts = attempts + 1 WHERE id %IN_IDS%"),
+                   m_store.isSqlite()));
+    query.addBindValue(notNull(worker));
+    query.addBindValue(idListText(m_store.isSqlite(), ids));
+    sql.exec(query);
+    query.finish();
+}
+
+QList<qint64> CommandQueue::heldCommands(const QList<qint64> &ids, const QString &worker)
+{
+    return held(m_store, QStringLiteral("command_records"), ids, worker);
+}
+
+QList<qint64> CommandQueue::heldPendingWrites(const QList<qint64> &ids, const QString &worker)
+{
+    return held(m_store, QStringLiteral("pending_writes"), ids, worker);
+}
+
+void CommandQueue::releaseCommands(const QList<qint64> &ids, const QString &worker)
+{
+    release(m_store, QStringLiteral("command_records"), ids, worker);
+}
+
+void CommandQueue::releasePendingWrites(const QList<qint64> &ids, const QString &worker)
+{
+    release(m_store, QStringLiteral("pending_writes"), ids, worker);
 }
 
 bool CommandQueue::renewCommandLease(qint64 id, const QString &worker,
@@ -335,14 +405,13 @@ bool CommandQueue::completeCommand(qint64 id, const QString &worker, bool succee
 bool CommandQueue::applyPendingWrite(const PendingWrite &write, const QString &worker)
 {
     Transaction transaction(m_store.sql(), SqlConnection::TransactionKind::Write);
-    if (!finish(m_store, QStringLiteral("pending_writes"), write.id, worker, true,
-                QStringLiteral("applied"))) {
+    if (heldPendingWrites({write.id}, worker).isEmpty()) {
         return false;
     }
-    const Actor who{write.userName, write.clientName, write.clientAddress};
-    m_store.setCurrentValue(write.pid, write.value, 0, who,
-                            u"pending write " + QString::number(write.id));
-    refreshCylinderGases(m_store, write.pid, write.value, who);
+    const QString reason = applyPendingWrites({write}, worker).constFirst();
+    if (!reason.isEmpty()) {
+        throw Error(StoreError::UnknownPid, reason);
+    }
     transaction.commit();
     return true;
 }
@@ -355,13 +424,13 @@ bool CommandQueue::failPendingWrite(qint64 id, const QString &worker, const QStr
 QList<CommandRecord> CommandQueue::commands(std::optional<QueueItem::State> state)
 {
     return list<CommandRecord>(m_store, QStringLiteral("command_records"), commandColumns(), state,
-                               readCommand);
+                               ReadCommand());
 }
 
 QList<PendingWrite> CommandQueue::pendingWrites(std::optional<QueueItem::State> state)
 {
     return list<PendingWrite>(m_store, QStringLiteral("pending_writes"), writeColumns(), state,
-                              readWrite);
+                              ReadWrite());
 }
 
 } // namespace olvex

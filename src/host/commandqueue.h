@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <chrono>
 #include <optional>
@@ -21,7 +22,7 @@ namespace olvex {
 // claim, so an item is carried out to the end by exactly one worker, and completing an item
 // twice changes nothing.
 //
-// The service's loop, on either backend:
+// One item at a time, on either backend:
 //     CommandQueue queue(*store);
 //     while (auto write = queue.claimPendingWrite(workerId, 30s))
 //         queue.applyPendingWrite(*write, workerId);       // value, audit, done: one transaction
@@ -31,8 +32,11 @@ namespace olvex {
 //         queue.completeCommand(record->id, workerId, true, QStringLiteral("done"));
 //         t.commit();                                       // effects and state together
 //     }
-// SQLite claims in one BEGIN IMMEDIATE transaction; PostgreSQL with FOR UPDATE SKIP LOCKED, so
-// several services on one site never take the same item.
+// The service works in groups instead (claimCommands, claimPendingWrites, held*, and
+// applyPendingWrites in one transaction; see DasService). A claim is two statements; PostgreSQL's
+// takes the rows FOR UPDATE SKIP LOCKED, so several services on one site never take the same
+// item.
+// Its times are in UTC.
 struct QueueItem
 {
     enum class State { Queued, Claimed, Done, Failed };
@@ -84,6 +88,27 @@ public:
     std::optional<PendingWrite> claimPendingWrite(const QString &worker,
                                                   std::chrono::milliseconds lease);
 
+    // Up to max of the oldest claimable items, claimed at once; oldest first.
+    QList<CommandRecord> claimCommands(const QString &worker, std::chrono::milliseconds lease,
+                                       int max);
+    QList<PendingWrite> claimPendingWrites(const QString &worker, std::chrono::milliseconds lease,
+                                           int max);
+    // SQLite only, inside the caller's write transaction: up to max of the oldest claimable writes,
+    // left as they are. The transaction that applies them (applyPendingWrites) holds the only
+    // claim there is: nobody else writes to the site until it ends. takePendingWrites marks the
+    // ones it fails instead as claimed by worker, for failPendingWrite.
+    QList<PendingWrite> nextPendingWrites(int max);
+    void takePendingWrites(const QList<qint64> &ids, const QString &worker);
+    // Of ids, the items worker still holds a claim on; to be asked in the write transaction that
+    // finishes them: on PostgreSQL the rows stay locked until it ends, so no other service takes
+    // them over meanwhile, however long the work takes.
+    QList<qint64> heldCommands(const QList<qint64> &ids, const QString &worker);
+    QList<qint64> heldPendingWrites(const QList<qint64> &ids, const QString &worker);
+    // Puts the claims of worker on ids back in the queue, to be tried again at once rather than
+    // after their lease.
+    void releaseCommands(const QList<qint64> &ids, const QString &worker);
+    void releasePendingWrites(const QList<qint64> &ids, const QString &worker);
+
     // Extends a claim still held by worker; false when it is no longer the worker's.
     bool renewCommandLease(qint64 id, const QString &worker, std::chrono::milliseconds lease);
 
@@ -97,6 +122,11 @@ public:
     // component gas, the cylinder's gas list (-312). False, and nothing changed, when worker no
     // longer holds the claim.
     bool applyPendingWrite(const PendingWrite &write, const QString &worker);
+    // Applies held writes, of distinct PIDs, in the caller's transaction, a few statements for
+    // all of them: the values, their audit rows, the writes marked done, the cylinders' gas
+    // lists. Returns, parallel to writes, an empty text for a write applied, or why it could not
+    // be (its parameter is gone): recording that failure is the caller's.
+    QStringList applyPendingWrites(const QList<PendingWrite> &writes, const QString &worker);
     bool failPendingWrite(qint64 id, const QString &worker, const QString &reason);
 
     // Items, oldest first; all states when state is nullopt.

@@ -2,8 +2,8 @@
 // records, the channels they name, gas cylinders with their component gases, and the
 // calibration checks made with them.
 #include "common/pid.h"
-#include "host/demosite_p.h"
 #include "common/vocabulary.h"
+#include "host/demosite_p.h"
 
 namespace olvex::demo {
 
@@ -105,13 +105,14 @@ QList<qint32> addCalibration(SiteBuilder &builder, const QDateTime &now)
     builder.addChannel(12, 1, QStringLiteral("U1 SO2/NOx auto cal enable"));
     builder.addChannel(17, 3, QStringLiteral("U1 CO2/O2 auto cal enable"));
     builder.addChannel(21, 1, QStringLiteral("U1 SO2/NOx manual cal start"));
-    builder.addChannel(22, 2, QStringLiteral("U1 SO2/NOx cal abort (implicit)"));
+    builder.addChannel(22, 1, QStringLiteral("U1 SO2/NOx cal abort"));
     builder.addChannel(23, 3, QStringLiteral("U1 CO2/O2 manual cal start"));
     builder.addChannel(24, 3, QStringLiteral("U1 CO2/O2 cal abort"));
     builder.addChannel(33, 3, QStringLiteral("U2 NOx manual cal start"));
     builder.addChannel(34, 4, QStringLiteral("U2 NOx cal abort (multivalue CSV)"));
     builder.addChannel(35, 5, QStringLiteral("U2 CO cal abort (multivalue UDT)"));
     builder.addChannel(40, 1, QStringLiteral("Plant horn"));
+    builder.addChannel(41, 2, QStringLiteral("Plant horn reset (implicit)"));
 
     struct Cal
     {
@@ -165,7 +166,8 @@ QList<qint32> addCalibration(SiteBuilder &builder, const QDateTime &now)
     for (const Cal &cal : cals) {
         builder.addParameter(cal.pid, cal.name, ParameterTypes::Calibration, cal.unit, QString(),
                              cal.inError);
-        builder.setAttribute(cal.pid, CalibrationAttr::SupportsConfirmation, Value(cal.confirmation));
+        builder.setAttribute(cal.pid, CalibrationAttr::SupportsConfirmation,
+                             Value(cal.confirmation));
         const QString record = calStartRecord(cal.record, now);
         builder.setCurrentValue(cal.pid, Value(record));
         builder.setCurrentData(cal.pid, QStringLiteral("1m"), cal.dataEmpty ? QString() : record,
@@ -199,7 +201,7 @@ QList<qint32> addCalibration(SiteBuilder &builder, const QDateTime &now)
           {QStringLiteral("NO2"), 45.2, QStringLiteral("ppm")}}},
         {QStringLiteral("Cylinder D (protocol blend)"),
          QStringLiteral("SG9047812"),
-         95,
+         21,
          QStringLiteral("C40918"),
          QStringLiteral("SO2,NO,NO2,CO,CO2,O2,BALN"),
          Value(2015.5),

@@ -2,9 +2,9 @@
 
 #include "common/datetime.h"
 #include "common/pid.h"
+#include "common/vocabulary.h"
 #include "host/demosite_p.h"
 #include "host/sitesecurity.h"
-#include "common/vocabulary.h"
 
 #include <cmath>
 
@@ -470,6 +470,8 @@ void buildDemoSite(SiteStore &store, const DemoOptions &options)
         addScale(builder, extraSettings, extraGroups, extraCalibrations, now);
     }
     builder.flush();
+    // Short calibration checks, so that a demonstration sees one run to its end.
+    store.sql().execute(QStringLiteral("UPDATE site SET cal_check_seconds = 120"));
 
     // A few changes wait for the service, as on any working day.
     const Actor operatorAtConsole{QStringLiteral("operator"), QStringLiteral("CONTROL-ROOM-1"),

@@ -171,6 +171,33 @@ const QList<QStringList> &steps()
             QStringLiteral("CREATE INDEX attributes_by_number"
                            " ON attributes (number, pid%ATTRIBUTE_VALUE%)"),
         },
+        // Version 4: the calibration check runner keeps a running check in cal_checks (ended
+        // NULL) with who started it, by hand or not, and whether the unit was online; a channel
+        // keeps who wrote it last; the site says how long a calibration check takes.
+        {
+            QStringLiteral("ALTER TABLE cal_checks ADD COLUMN started_by TEXT NOT NULL DEFAULT ''"),
+            QStringLiteral(
+                "ALTER TABLE cal_checks ADD COLUMN client_address TEXT NOT NULL DEFAULT ''"),
+            QStringLiteral("ALTER TABLE cal_checks ADD COLUMN manual INTEGER NOT NULL DEFAULT 0"),
+            QStringLiteral("ALTER TABLE cal_checks ADD COLUMN online INTEGER NOT NULL DEFAULT 1"),
+            QStringLiteral("CREATE INDEX cal_checks_by_parameter ON cal_checks (cal_pid, started)"),
+            QStringLiteral(
+                "CREATE INDEX cal_checks_running ON cal_checks (cal_pid) WHERE ended IS NULL"),
+            QStringLiteral("ALTER TABLE channels ADD COLUMN written_by TEXT NOT NULL DEFAULT ''"),
+            QStringLiteral(
+                "ALTER TABLE channels ADD COLUMN written_client TEXT NOT NULL DEFAULT ''"),
+            QStringLiteral(
+                "ALTER TABLE site ADD COLUMN cal_check_seconds INTEGER NOT NULL DEFAULT 900"),
+        },
+        // Version 5: the plant state of each unit, which the service's calibration scheduler
+        // follows: online or not, in normal operation or not, operating hours while online.
+        {
+            QStringLiteral("ALTER TABLE plant_units ADD COLUMN online INTEGER NOT NULL DEFAULT 1"),
+            QStringLiteral(
+                "ALTER TABLE plant_units ADD COLUMN normal_ops INTEGER NOT NULL DEFAULT 1"),
+            QStringLiteral(
+                "ALTER TABLE plant_units ADD COLUMN op_hours DOUBLE PRECISION NOT NULL DEFAULT 0"),
+        },
     };
     return all;
 }

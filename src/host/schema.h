@@ -13,14 +13,15 @@ class SqlConnection;
 //   olvex_schema     the schema version (one row); its presence marks a database as a site
 //   site             the one site: site id, name, export folder, alternative state, and the
 //                    definition revision that every definition change counts up
-//   plant_units      the plant's units (number, name); a parameter may belong to one
+//   plant_units      the plant's units (number, name) and their state (online, normal operation,
+//                    operating hours); a parameter may belong to one
 //   parameters       pid, name, parameter type, plant unit, engineering units text, error flag
 //   attributes       (pid, number) -> typed value: the definition attributes
 //   current_values   pid -> typed value, status, time: the last value the service stored
 //   current_data     (pid, key) -> text, status, time: the current-data reader's items ("1m")
 //   users            user name, full name, all_privileges flag
 //   user_privileges  (user, privilege number)
-//   channels         channel number -> kind (1..5), name, typed value last written
+//   channels         channel number -> kind (1..5), name, typed value last written, by whom
 //   command_records  the queue of message records for the service: who, from where, when,
 //                    record type, text, source code, state (queued, claimed, done, failed),
 //                    claimed by, claimed until (lease), attempts, done at, result
@@ -28,10 +29,11 @@ class SqlConnection;
 //   message_log      the message log: when, severity, text, user, client
 //   system_messages  messages raised through the service (RaiseMsg): type, pid, text, who
 //   autocal_log      the automatic calibration log: when, pid, text, user, client address
-//   cal_checks       calibration-check records, with the cylinder data they were made with
+//   cal_checks       calibration-check records, with the cylinder data they were made with;
+//                    a running check has no end yet
 //   audit_trail      every value and attribute write: when, who, client, pid, attribute
 //                    (NULL for a value), old and new typed value, and the source of the write
-inline constexpr int kSchemaVersion = 3;
+inline constexpr int kSchemaVersion = 5;
 
 // Creates the schema of the given version in an empty database (inside the caller's
 // transaction); version defaults to the newest. Older versions exist so that the migrations

@@ -4,15 +4,15 @@
 
 #include "common/error.h"
 #include "common/pid.h"
+#include "common/vocabulary.h"
+#include "host/idlist.h"
 #include "host/rowreader.h"
-#include "host/settingvalue.h"
+#include "settings/settingvaluecheck.h"
 #include "host/storedvalue.h"
 #include "host/storeerrors.h"
-#include "common/vocabulary.h"
 
 #include <QSqlQuery>
 
-#include <charconv>
 #include <optional>
 
 namespace olvex {
@@ -92,12 +92,7 @@ void audit(SqlConnection &sql, qint32 pid, std::optional<int> attribute, const V
     sql.exec(query);
 }
 
-// Runs statement once for a list of PIDs and hands every row to onRow. In the statement,
-// "column %IN_PIDS%" is the condition that column is one of the PIDs, and "%PIDS%" a table of
-// them (column pid) to join, which reads them as they come instead of first sorting them into an
-// index; either appears once. One bound text carries the whole list (SQLite reads it as a JSON
-// array, PostgreSQL as an integer array): one statement text for any length, which stays
-// prepared, and no backend's limit on bound values is reached.
+// Runs statement once for a list of PIDs (see withIdList) and hands every row to onRow.
 template<class OnRow>
 void forPidList(SqlConnection &sql, const QString &statement, const QList<qint32> &pids,
                 OnRow &&onRow)
@@ -105,28 +100,8 @@ void forPidList(SqlConnection &sql, const QString &statement, const QList<qint32
     if (pids.isEmpty()) {
         return;
     }
-    const bool sqlite = sql.isSqlite();
-    // "[1,2]" or "{1,2}": at most eleven characters and a separator per PID.
-    QByteArray list(pids.size() * 12 + 2, Qt::Uninitialized);
-    char *out = list.data();
-    *out++ = sqlite ? '[' : '{';
-    for (qsizetype i = 0; i < pids.size(); ++i) {
-        if (i > 0) {
-            *out++ = ',';
-        }
-        out = std::to_chars(out, list.data() + list.size(), pids[i]).ptr;
-    }
-    *out++ = sqlite ? ']' : '}';
-    list.truncate(out - list.data());
-    QString text = statement;
-    text.replace(QStringLiteral("%IN_PIDS%"),
-                 sqlite ? QStringLiteral("IN (SELECT value FROM json_each(?))")
-                        : QStringLiteral("= ANY (CAST(? AS integer[]))"));
-    text.replace(QStringLiteral("%PIDS%"),
-                 sqlite ? QStringLiteral("(SELECT value AS pid FROM json_each(?))")
-                        : QStringLiteral("(SELECT unnest(CAST(? AS integer[])) AS pid)"));
-    RowReader rows(sql, text);
-    rows.bind(QString::fromLatin1(list));
+    RowReader rows(sql, withIdList(statement, sql.isSqlite()));
+    rows.bind(idListText(sql.isSqlite(), pids));
     rows.exec();
     while (rows.next()) {
         onRow(rows);

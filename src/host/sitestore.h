@@ -196,6 +196,8 @@ public:
     void setCurrentData(qint32 pid, const QString &key, const QString &text, int status);
 
     void logMessage(int severity, const QString &text, const Actor &who);
+    // Several lines (severity, text) at once, in order, with a few multi-row statements.
+    void logMessages(const QList<std::pair<int, QString>> &lines, const Actor &who);
 
 private:
     explicit SiteStore(std::unique_ptr<SqlConnection> connection);

@@ -327,4 +327,54 @@ void Transaction::commit()
     m_connection.commit();
 }
 
+Savepoint::Savepoint(SqlConnection &connection)
+    : m_connection(connection)
+    , m_depth(connection.m_depth)
+{
+    Q_ASSERT(m_depth > 0);
+    m_connection.execute(QStringLiteral("SAVEPOINT olvex_item"));
+}
+
+Savepoint::~Savepoint()
+{
+    rollback();
+}
+
+void Savepoint::release()
+{
+    if (!m_open) {
+        return;
+    }
+    m_open = false;
+    if (m_connection.m_rollbackOnly || m_connection.m_depth != m_depth) {
+        rollbackTo();
+        throw Error(StoreError::SqlFailed,
+                    QStringLiteral("the item was rolled back after an inner failure"));
+    }
+    m_connection.finishAll();
+    m_connection.execute(QStringLiteral("RELEASE SAVEPOINT olvex_item"));
+}
+
+void Savepoint::rollback() noexcept
+{
+    if (m_open) {
+        m_open = false;
+        rollbackTo();
+    }
+}
+
+void Savepoint::rollbackTo() noexcept
+{
+    m_connection.finishAll();
+    QSqlQuery query(m_connection.m_db);
+    if (query.exec(QStringLiteral("ROLLBACK TO SAVEPOINT olvex_item"))
+        && query.exec(QStringLiteral("RELEASE SAVEPOINT olvex_item"))) {
+        m_connection.m_depth = m_depth;
+        m_connection.m_rollbackOnly = false;
+    } else {
+        // The transaction cannot go on without what was undone: it may only roll back.
+        m_connection.m_rollbackOnly = true;
+    }
+}
+
 } // namespace olvex

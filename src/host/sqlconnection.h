@@ -72,6 +72,7 @@ public:
     [[noreturn]] void failSqlite(const QString &sql, const QString &what) const;
 
 private:
+    friend class Savepoint;
     void finishAll() noexcept;
 
     ConnectionTarget m_target;
@@ -103,6 +104,28 @@ public:
 
 private:
     SqlConnection &m_connection;
+    bool m_open = true;
+};
+
+// A savepoint inside the open transaction: what happens after it can be undone alone, the rest of
+// the transaction going on. Rolls back to it unless release() was called; an inner Transaction
+// that failed meanwhile no longer dooms the outer one once its savepoint rolled it back.
+class Savepoint
+{
+public:
+    explicit Savepoint(SqlConnection &connection);
+    ~Savepoint();
+    Savepoint(const Savepoint &) = delete;
+    Savepoint &operator=(const Savepoint &) = delete;
+    void release();
+    // Undoes everything since the savepoint; never throws (a failure dooms the transaction).
+    void rollback() noexcept;
+
+private:
+    void rollbackTo() noexcept;
+
+    SqlConnection &m_connection;
+    int m_depth = 0;
     bool m_open = true;
 };
 

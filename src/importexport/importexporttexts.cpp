@@ -3,6 +3,8 @@
 #include "common/pid.h"
 #include "common/text.h"
 
+#include <algorithm>
+
 namespace olvex::importexporttexts {
 
 namespace {
@@ -35,6 +37,29 @@ QString exportSucceeded(const QString &fileName, const ExportCounts &counts)
 QString exportFailed()
 {
     return QStringLiteral("Failed. [CSET-0056]");
+}
+
+QString exportFailed(const QString &reason)
+{
+    return reason.isEmpty() ? exportFailed() : exportFailed() + kNewlineText + reason;
+}
+
+QString exportLossNote(const ExportCounts &counts)
+{
+    if (counts.lossy.isEmpty())
+        return {};
+    QString text = QString::number(counts.lossy.size())
+                   + QStringLiteral(" settings hold characters that the file's code page "
+                                    "(Windows-1252) cannot carry; the file has '?' in their "
+                                    "place, and importing it would change these settings:");
+    for (const auto &[pid, name] : counts.lossy)
+        text += kNewlineText + FormatPid(pid) + u' ' + name;
+    return text;
+}
+
+QString exportReplaceQuestion(const QString &fileName)
+{
+    return u'\'' + fileName + QStringLiteral("' already exists. Do you want to replace it?");
 }
 
 QString exportCancelled(const QString &fileName)
@@ -80,6 +105,10 @@ QString importSummary(const QString &fileName, const ImportCounts &counts, const
     // and may quote a file line holding anything.
     if (!errorText.isEmpty())
         text += kNewlineText + errorText;
+    if (counts.readAsUtf8)
+        text += kNewlineText + kNewlineText
+                + QStringLiteral("The file has no byte order mark but holds UTF-8 text; it was "
+                                 "read as UTF-8.");
     return text;
 }
 
@@ -111,27 +140,126 @@ QString handlerFault(const QString &errorText)
     return errorText + QStringLiteral(" [CSET-0057]");
 }
 
-QString previewReport(const QString &fileName, const ImportCounts &counts,
+PreviewSort sortOf(const ImportChange &change)
+{
+    if (!change.refusal.isEmpty())
+        return PreviewSort::Fail;
+    return change.outsideRange.isEmpty() ? PreviewSort::Change : PreviewSort::OutsideRange;
+}
+
+PreviewSort sortOf(const ImportRefusal &refusal)
+{
+    return refusal.skipped ? PreviewSort::Skip : PreviewSort::Fail;
+}
+
+QString previewSortHeading(PreviewSort sort, qsizetype count)
+{
+    const QString n = QString::number(count);
+    switch (sort) {
+    case PreviewSort::Change:
+        return n + QStringLiteral(" would change");
+    case PreviewSort::OutsideRange:
+        return n + QStringLiteral(" would change, outside the recommended range");
+    case PreviewSort::Fail:
+        return n + QStringLiteral(" would fail");
+    case PreviewSort::Skip:
+        return n + QStringLiteral(" skipped (read-only or blank, as in the site's own export)");
+    }
+    return n;
+}
+
+QString previewOutcome(const ImportChange &change)
+{
+    switch (sortOf(change)) {
+    case PreviewSort::Fail:
+        return QStringLiteral("would fail: ") + change.refusal;
+    case PreviewSort::OutsideRange:
+        return QStringLiteral("would change, outside the recommended range (") + change.outsideRange
+               + u')';
+    default:
+        return QStringLiteral("would change");
+    }
+}
+
+QString previewOutcome(const ImportRefusal &refusal)
+{
+    return (refusal.skipped ? QStringLiteral("skipped: ") : QStringLiteral("would fail: "))
+           + refusal.reason;
+}
+
+namespace {
+
+qsizetype countOf(const ImportPreview &preview, PreviewSort sort)
+{
+    return std::count_if(preview.changes.cbegin(), preview.changes.cend(),
+                         [sort](const ImportChange &c) { return sortOf(c) == sort; })
+           + std::count_if(preview.refusals.cbegin(), preview.refusals.cend(),
+                           [sort](const ImportRefusal &r) { return sortOf(r) == sort; });
+}
+
+} // namespace
+
+QString previewCounts(const QString &fileName, const ImportCounts &counts,
                       const ImportPreview &preview, const QString &errorText)
 {
     QString text = QStringLiteral("Preview of '") + fileName
-                   + QStringLiteral("': nothing has been changed.") + kNewlineText;
-    text += kNewlineText + QString::number(preview.changes.size())
-            + QStringLiteral(" settings would change:") + kNewlineText;
-    for (const ImportChange &c : preview.changes) {
-        text += QStringLiteral("  line ") + QString::number(c.lineNumber) + QStringLiteral(": ")
-                + FormatPid(c.pid) + QStringLiteral(" ") + c.name + QStringLiteral(": '")
-                + c.currentText + QStringLiteral("' -> '") + c.fileText + QStringLiteral("'")
+                   + QStringLiteral("': nothing has been changed. Of its ")
+                   + QString::number(counts.total) + QStringLiteral(" settings:");
+    for (const PreviewSort sort : kPreviewSorts)
+        text += kNewlineText + previewSortHeading(sort, countOf(preview, sort));
+    text += kNewlineText + QString::number(counts.notModified)
+            + QStringLiteral(" already match the current value");
+    if (counts.readAsUtf8)
+        text += kNewlineText
+                + QStringLiteral("The file has no byte order mark but holds UTF-8 text; it is "
+                                 "read as UTF-8.");
+    if (!errorText.isEmpty())
+        text += kNewlineText + errorText;
+    return text;
+}
+
+QString previewReport(const QString &fileName, const ImportCounts &counts,
+                      const ImportPreview &preview, const QString &errorText)
+{
+    QString text = previewCounts(fileName, counts, preview, errorText) + kNewlineText;
+    for (const PreviewSort sort : kPreviewSorts) {
+        if (countOf(preview, sort) == 0)
+            continue;
+        text += kNewlineText + previewSortHeading(sort, countOf(preview, sort)) + u':'
                 + kNewlineText;
+        for (const ImportChange &c : preview.changes) {
+            if (sortOf(c) != sort)
+                continue;
+            text += QStringLiteral("  line ") + QString::number(c.lineNumber) + QStringLiteral(": ")
+                    + FormatPid(c.pid) + u' ' + c.name + QStringLiteral(": '") + c.currentText
+                    + QStringLiteral("' -> '") + c.fileText + u'\'';
+            if (sort != PreviewSort::Change)
+                text += QStringLiteral(": ") + previewOutcome(c);
+            text += kNewlineText;
+        }
+        for (const ImportRefusal &r : preview.refusals) {
+            if (sortOf(r) == sort)
+                text += QStringLiteral("  line ") + QString::number(r.lineNumber)
+                        + QStringLiteral(": ") + r.reason + QStringLiteral("  ") + r.line
+                        + kNewlineText;
+        }
     }
-    text += kNewlineText + QString::number(preview.refusals.size())
-            + QStringLiteral(" lines would be refused:") + kNewlineText;
-    for (const ImportRefusal &r : preview.refusals) {
-        text += QStringLiteral("  line ") + QString::number(r.lineNumber) + QStringLiteral(": ")
-                + r.reason + QStringLiteral("  ") + r.line + kNewlineText;
-    }
-    return text + kNewlineText + QStringLiteral("If the file were imported:") + kNewlineText
-           + importSummary(fileName, counts, errorText);
+    return text;
+}
+
+QString notChangedLine(const ImportRefusal &refusal)
+{
+    return QStringLiteral("line ") + QString::number(refusal.lineNumber) + QStringLiteral(": ")
+           + refusal.reason + QStringLiteral("  ") + refusal.line;
+}
+
+QString importResultReport(const QString &summary, const QList<ImportRefusal> &lines)
+{
+    QString text = summary + kNewlineText + kNewlineText + QString::number(lines.size())
+                   + QStringLiteral(" lines were not changed as the file asked:");
+    for (const ImportRefusal &r : lines)
+        text += kNewlineText + notChangedLine(r);
+    return text + kNewlineText;
 }
 
 } // namespace olvex::importexporttexts

@@ -8,6 +8,7 @@
 #include "importexport/windows1252.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QHash>
 #include <QSaveFile>
 #include <QStandardPaths>
@@ -18,10 +19,10 @@ namespace olvex {
 
 namespace {
 
-using settingrules::isReadOnly;
 using SettingAttr::Changeable;
 using SettingAttr::DataType;
 using SettingAttr::DefaultValue;
+using settingrules::isReadOnly;
 
 // Value data types that decide how a date value is written.
 constexpr int kTypeDate = 2;
@@ -159,8 +160,9 @@ public:
     void append(QStringView text) { appendWindows1252(m_buffer, text); }
     void append(char c) { m_buffer.append(c); }
     // text as one CSV field: CsvField(oneLine(text)). A field of plain ASCII without comma,
-    // quote or line break (nearly every field) goes into the buffer as it is.
-    void appendField(const QString &text)
+    // quote or line break (nearly every field) goes into the buffer as it is. Returns false when
+    // the code page could not carry every character.
+    bool appendField(const QString &text)
     {
         const qsizetype start = m_buffer.size();
         m_buffer.resize(start + text.size());
@@ -170,10 +172,11 @@ public:
             if (c >= 0x80 || c == u',' || c == u'"' || c == u'\r' || c == u'\n') {
                 m_buffer.truncate(start);
                 appendWindows1252(m_buffer, CsvField(oneLine(text)));
-                return;
+                return fitsWindows1252(text);
             }
             *dst++ = char(c);
         }
+        return true;
     }
     void endLine()
     {
@@ -306,7 +309,14 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
 {
     counts = ExportCounts{};
     m_cancelled = false;
+    m_exportError.clear();
     try {
+        // The export folder of a fresh workstation does not exist until the first export.
+        const QString folder = QFileInfo(fileName).absolutePath();
+        if (!QDir().mkpath(folder))
+            throw Error(kFileAccessError, QStringLiteral("Cannot create the folder '")
+                                              + QDir::toNativeSeparators(folder)
+                                              + QStringLiteral("'"));
         QSaveFile file(fileName);
         if (!file.open(QIODevice::WriteOnly))
             throwFileError(file, kFileAccessError);
@@ -317,7 +327,8 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
         out.writeLine(u";PID,UNIT,SETTING,VALUE,DEFAULT");
 
         const ParameterList settings = m_data->GetPidsOfTypesWith(
-            {ParameterTypes::Setting}, {SettingAttr::DefaultValue, SettingAttr::DataType, SettingAttr::Changeable});
+            {ParameterTypes::Setting},
+            {SettingAttr::DefaultValue, SettingAttr::DataType, SettingAttr::Changeable});
         counts.count = int(settings.size());
         const auto units = m_data->GetUnitsLookup();
         if (!reportProgress(0, counts.count))
@@ -339,13 +350,17 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
             char16_t pidText[kFormattedPidSize];
             out.append(QStringView(pidText, formatPidInto(pid, pidText)));
             out.append(',');
-            out.appendField(units ? units->UnitsText(pid) : QString());
+            bool carried = out.appendField(units ? units->UnitsText(pid) : QString());
             out.append(',');
-            out.appendField(setting.GetName(0));
+            const QString name = setting.GetName(0);
+            carried &= out.appendField(name);
             out.append(',');
-            out.appendField(value.text);
+            carried &= out.appendField(value.text);
             out.append(',');
-            out.appendField(defaults.text(setting.GetAttribute(SettingAttr::DefaultValue)));
+            carried
+                &= out.appendField(defaults.text(setting.GetAttribute(SettingAttr::DefaultValue)));
+            if (!carried)
+                counts.lossy.append({pid, name});
             if (isReadOnly(setting.GetAttribute(SettingAttr::Changeable)))
                 out.append(QStringView(u",Read only"));
             out.endLine();
@@ -358,6 +373,7 @@ bool SettingsImportExport::ExportSettings(const QString &fileName, ExportCounts 
         return true;
     } catch (...) {
         const CaughtError error = currentError();
+        m_exportError = u'\'' + fileName + QStringLiteral("': ") + error.description;
         log(Severity::Error, QStringLiteral("Cannot export settings. ") + error.errorText()
                                  + QStringLiteral(" [CSET-0058]"));
         return false;

@@ -7,9 +7,12 @@
 #include "importexport/importexporttexts.h"
 #include "importexport/settingrules.h"
 #include "importexport/windows1252.h"
+#include "settings/settingdisplay.h"
+#include "settings/settingvaluecheck.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QStringDecoder>
 
 #include <algorithm>
 #include <vector>
@@ -35,14 +38,43 @@ QStringView trimBlanks(QStringView text)
     return text.mid(begin, end - begin);
 }
 
-// A file saved by a spreadsheet as UTF-8 starts with a byte order mark; anything else is the
-// file's own 8-bit code page.
-QString decodeFile(const QByteArray &data)
+// A file saved by a spreadsheet as UTF-8 starts with a byte order mark. Without one, a file
+// whose bytes beyond ASCII all form valid UTF-8 was written as UTF-8 by some editor: 8-bit text
+// with accents almost never does. Anything else is the file's own 8-bit code page.
+QString decodeFile(const QByteArray &data, bool &readAsUtf8)
 {
     static const QByteArray utf8Bom("\xEF\xBB\xBF");
+    readAsUtf8 = false;
     if (data.startsWith(utf8Bom))
         return QString::fromUtf8(QByteArrayView(data).sliced(utf8Bom.size()));
+    const bool ascii = std::all_of(data.cbegin(), data.cend(),
+                                   [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    if (!ascii) {
+        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        QString text = utf8(data);
+        if (!utf8.hasError()) {
+            readAsUtf8 = true;
+            return text;
+        }
+    }
     return fromWindows1252(data);
+}
+
+// The recommended range a number lies outside, or empty text.
+QString outsideRecommendedRange(const Parameter &setting, const QString &text)
+{
+    const std::optional<Decimal> number = parseDecimal(text);
+    if (!number)
+        return {};
+    const Value low = setting.GetAttribute(SettingAttr::RecommendedLow);
+    const Value high = setting.GetAttribute(SettingAttr::RecommendedHigh);
+    const auto beyond = [&](const Value &limit, bool below) {
+        const std::optional<Decimal> l = limit.isNumeric() ? limit.toDecimal() : std::nullopt;
+        return l && (below ? *number < *l : *number > *l);
+    };
+    if (beyond(low, true) || beyond(high, false))
+        return ValueRangeText(low, high);
+    return {};
 }
 
 // Walks the lines of a text: CR LF, LF and a lone CR all end a line.
@@ -138,9 +170,9 @@ public:
             valueField = trimBlanks(valueField); // no quotes in the line: none to strip
             if (fieldCount < 4) {
                 ++m_counts.blanks;
-                refuse(lineNumber, line, Severity::Note,
-                       QStringLiteral("[CSET-0067] Cannot import setting. Line does not contain "
-                                      "enough items."));
+                skip(lineNumber, line,
+                     QStringLiteral("[CSET-0067] Cannot import setting. Line does not contain "
+                                    "enough items."));
                 return;
             }
         } else {
@@ -155,9 +187,9 @@ public:
             }
             if (fields->size() < 4) {
                 ++m_counts.blanks;
-                refuse(lineNumber, line, Severity::Note,
-                       QStringLiteral("[CSET-0067] Cannot import setting. Line does not contain "
-                                      "enough items."));
+                skip(lineNumber, line,
+                     QStringLiteral("[CSET-0067] Cannot import setting. Line does not contain "
+                                    "enough items."));
                 return;
             }
             parsedPid = fields->at(0);
@@ -175,8 +207,8 @@ public:
         const QStringView newText = valueField;
         if (newText.isEmpty()) {
             ++m_counts.blanks;
-            refuse(lineNumber, line, Severity::Note,
-                   QStringLiteral("[CSET-0069] Cannot import setting. Value is blank."));
+            skip(lineNumber, line,
+                 QStringLiteral("[CSET-0069] Cannot import setting. Value is blank."));
             return;
         }
         Parameter *setting = knownSetting(pid);
@@ -200,8 +232,8 @@ public:
         }
         if (settingrules::isReadOnly(setting->GetAttribute(SettingAttr::Changeable))) {
             ++m_counts.readOnly;
-            refuse(lineNumber, line, Severity::Error,
-                   QStringLiteral("[CSET-0072] Cannot import setting. Setting is read-only."));
+            skip(lineNumber, line, Severity::Error,
+                 QStringLiteral("[CSET-0072] Cannot import setting. Setting is read-only."));
             return;
         }
         const SettingValueText current = GetSettingValueText(*setting);
@@ -210,12 +242,24 @@ public:
             return;
         }
         if (m_preview) {
-            ++m_counts.modified;
-            m_preview->changes.append(
-                {lineNumber, pid, setting->GetName(0), current.text, newText.toString()});
+            // Checked as the data interface will check it, so that a value it would refuse
+            // shows as a failure before anything is written.
+            ImportChange change{lineNumber, pid, setting->GetName(0), current.text,
+                                newText.toString()};
+            const int dataType
+                = int(setting->GetAttribute(SettingAttr::DataType).toInteger().value_or(0));
+            change.refusal = valueRefusal(dataType, Value(change.fileText));
+            if (!change.refusal.isEmpty())
+                ++m_counts.failures;
+            else
+                ++m_counts.modified;
+            if (change.refusal.isEmpty() && dataType == SettingType::Number)
+                change.outsideRange = outsideRecommendedRange(*setting, change.fileText);
+            m_preview->changes.append(change);
             return;
         }
-        if (m_owner.changeSetting(*setting, pid, newText.toString())) {
+        QString why;
+        if (m_owner.changeSetting(*setting, pid, newText.toString(), &why)) {
             ++m_counts.modified;
         } else {
             ++m_counts.failures;
@@ -223,6 +267,7 @@ public:
                         QStringLiteral("[CSET-0073] Cannot import setting. Attempt to change "
                                        "setting failed.  ")
                             + line.toString());
+            m_owner.m_notChanged.append({lineNumber, line.toString(), why});
         }
     }
 
@@ -244,12 +289,25 @@ private:
         return at->second;
     }
 
-    void refuse(int lineNumber, QStringView line, int severity, const QString &reason)
+    void refuse(int lineNumber, QStringView line, int severity, const QString &reason,
+                bool skipped = false)
     {
-        if (m_preview)
-            m_preview->refusals.append({lineNumber, line.toString(), reason});
-        else
-            m_owner.log(severity, reason + QStringLiteral("  ") + line.toString());
+        const ImportRefusal refusal{lineNumber, line.toString(), reason, skipped};
+        if (m_preview) {
+            m_preview->refusals.append(refusal);
+            return;
+        }
+        m_owner.log(severity, reason + QStringLiteral("  ") + refusal.line);
+        m_owner.m_notChanged.append(refusal);
+    }
+    // A line of the site's own export that carries nothing to import.
+    void skip(int lineNumber, QStringView line, int severity, const QString &reason)
+    {
+        refuse(lineNumber, line, severity, reason, true);
+    }
+    void skip(int lineNumber, QStringView line, const QString &reason)
+    {
+        refuse(lineNumber, line, Severity::Note, reason, true);
     }
 
     SettingsImportExport &m_owner;
@@ -307,15 +365,17 @@ bool SettingsImportExport::ChangeSetting(qint32 pid, const QString &newValueText
 }
 
 bool SettingsImportExport::changeSetting(Parameter &parameter, qint32 pid,
-                                         const QString &newValueText)
+                                         const QString &newValueText, QString *why)
 {
     try {
         flushLog();
         parameter.SetValues(kQueuedWrite, Value(QList<Value>{Value(newValueText)}));
         return true;
     } catch (...) {
-        log(Severity::Error, QStringLiteral("[CSET-0078] ") + currentError().errorText()
-                                 + QStringLiteral("; PID=") + FormatPid(pid));
+        const QString reason = QStringLiteral("[CSET-0078] ") + currentError().errorText();
+        log(Severity::Error, reason + QStringLiteral("; PID=") + FormatPid(pid));
+        if (why)
+            *why = reason;
         return false;
     }
 }
@@ -357,6 +417,8 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
     m_cancelled = false;
     if (preview)
         *preview = ImportPreview{};
+    else
+        m_notChanged.clear();
     // The lines held while the import runs go out when it ends, however it ends.
     struct LogHold
     {
@@ -379,7 +441,7 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
         LogHold &operator=(const LogHold &) = delete;
     } hold(*this);
     try {
-        const QString text = decodeFile(data);
+        const QString text = decodeFile(data, counts.readAsUtf8);
         LineReader reader(text);
         QStringView rawLine;
         QString first;
@@ -413,10 +475,13 @@ bool SettingsImportExport::importFromData(const QByteArray &data, QString &error
         Import import(*this, counts, preview);
         // A large file holds most of the site's settings: one batched read of all of them costs
         // far less than a lookup per line. A small file is looked up line by line.
-        if (lines >= m_batchFromLines)
-            import.setKnownSettings(m_data->GetPidsOfTypesWith(
-                {ParameterTypes::Setting},
-                {SettingAttr::Changeable, SettingAttr::DataType}));
+        if (lines >= m_batchFromLines) {
+            QList<int> attributes{SettingAttr::Changeable, SettingAttr::DataType};
+            if (preview)
+                attributes << SettingAttr::RecommendedLow << SettingAttr::RecommendedHigh;
+            import.setKnownSettings(
+                m_data->GetPidsOfTypesWith({ParameterTypes::Setting}, attributes));
+        }
         if (!reportProgress(reader.lineNumber(), lines))
             return cancelledAt(reader.lineNumber(), errorText);
         while (reader.next(rawLine)) {

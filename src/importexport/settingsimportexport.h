@@ -23,6 +23,8 @@ struct OLVEX_CORE_EXPORT ExportCounts
     int count = 0;             // setting parameters written
     int nullCount = 0;         // of which with a Null value
     bool allNullOrZero = true; // every value Null, empty, "0" or the zero date
+    // Settings with a character the file's code page cannot carry (written as '?').
+    QList<std::pair<qint32, QString>> lossy = {}; // PID, setting name
 };
 
 struct OLVEX_CORE_EXPORT ImportCounts
@@ -35,6 +37,8 @@ struct OLVEX_CORE_EXPORT ImportCounts
     int blanks = 0;
     int readOnly = 0;
     int failures = 0;
+    // The file had no byte order mark but held UTF-8 text, and was read as such.
+    bool readAsUtf8 = false;
 };
 
 // The current value of a setting as the file holds it.
@@ -53,12 +57,18 @@ struct OLVEX_CORE_EXPORT ImportChange
     QString name;
     QString currentText;
     QString fileText;
+    // Why the data interface would refuse the value: the line would fail.
+    QString refusal = {};
+    // The recommended range a number lies outside ("0 ... 5"): the change needs a second look.
+    QString outsideRange = {};
 };
 struct OLVEX_CORE_EXPORT ImportRefusal
 {
     int lineNumber = 0;
     QString line;
     QString reason; // the coded message the real import logs, without the line
+    // A read-only setting or a blank value: the normal lines of the site's own export.
+    bool skipped = false;
 };
 struct OLVEX_CORE_EXPORT ImportPreview
 {
@@ -99,6 +109,11 @@ public:
     // The same over the bytes of a file already read.
     bool importFromData(const QByteArray &data, QString &errorText, ImportCounts &counts,
                         ImportPreview *preview = nullptr);
+    // Every line the last import (not a preview) did not change as the file asked, in file
+    // order, with the reason: refused lines and failed changes.
+    const QList<ImportRefusal> &linesNotChanged() const { return m_notChanged; }
+    // Why the last export failed: the file's name and the fault, for the operator.
+    const QString &exportErrorText() const { return m_exportError; }
 
     // The site identifier of a first line ";SiteID=...": up to the next blank, trimmed, upper
     // case, without trailing commas.
@@ -118,7 +133,9 @@ public:
 private:
     class Import;
 
-    bool changeSetting(Parameter &parameter, qint32 pid, const QString &newValueText);
+    // why, when given, receives the refusal's coded text.
+    bool changeSetting(Parameter &parameter, qint32 pid, const QString &newValueText,
+                       QString *why = nullptr);
     bool reportProgress(qint64 done, qint64 total);
     // A cancelled import still succeeds; errorText tells where it stopped.
     static bool cancelledAt(int lastLine, QString &errorText);
@@ -136,6 +153,8 @@ private:
     ProgressHandler m_progress;
     qint64 m_batchFromLines = 200;
     bool m_cancelled = false;
+    QList<ImportRefusal> m_notChanged;
+    QString m_exportError;
     mutable bool m_holdingLog = false;
     mutable QList<LogLine> m_heldLog;
 };

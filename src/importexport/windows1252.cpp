@@ -1,5 +1,6 @@
 #include "importexport/windows1252.h"
 
+#include <algorithm>
 #include <array>
 
 namespace olvex {
@@ -14,6 +15,8 @@ constexpr std::array<char16_t, 32> kHighControls = {
     0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178, // 98-9F
 };
 
+constexpr char kUnmapped = '?';
+
 char encodeOne(char16_t c)
 {
     if (c < 0x80 || (c >= 0xA0 && c <= 0xFF))
@@ -22,10 +25,18 @@ char encodeOne(char16_t c)
         if (kHighControls[i] == c)
             return char(0x80 + i);
     }
-    return '?';
+    return kUnmapped;
 }
 
 } // namespace
+
+bool fitsWindows1252(QStringView text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar ch) {
+        const char16_t c = ch.unicode();
+        return c < 0x80 || encodeOne(c) != kUnmapped;
+    });
+}
 
 QString fromWindows1252(QByteArrayView bytes)
 {

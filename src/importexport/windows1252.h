@@ -14,6 +14,9 @@ namespace olvex {
 // control code of the same number, as Windows itself does, so every byte survives a round trip.
 QString fromWindows1252(QByteArrayView bytes);
 
+// True when every character of text has a byte in the code page.
+bool fitsWindows1252(QStringView text);
+
 // Characters the code page cannot hold are written as '?'.
 QByteArray toWindows1252(QStringView text);
 // Appends to out; for writers that build one buffer of many lines.

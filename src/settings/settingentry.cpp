@@ -175,6 +175,59 @@ std::optional<Value> valueToWrite(EntryKind kind, const QString &entry)
     return std::nullopt;
 }
 
+EntryReading readEntry(int dataType, const QString &entry)
+{
+    if (entry.trimmed().isEmpty()) {
+        return {};
+    }
+    const QString readsAs = QStringLiteral("reads as ");
+    switch (dataType) {
+    case SettingType::Number: {
+        const std::optional<Decimal> number = parseDecimal(entry);
+        if (!number) {
+            return {false, QStringLiteral("not a number")};
+        }
+        if (*number > absoluteMaximum()) {
+            return {false, u"greater than the maximum value (" + absoluteMaximumText() + u')'};
+        }
+        if (*number < absoluteMinimum()) {
+            return {false, u"less than the minimum value (" + absoluteMinimumText() + u')'};
+        }
+        return {true, readsAs + decimalText(*number)};
+    }
+    case 0:
+    case SettingType::Date:
+    case SettingType::Time:
+    case SettingType::DateTime: {
+        const std::optional<QDateTime> when = parseDateText(entry.trimmed());
+        if (!when) {
+            return {false, dataType == SettingType::Time ? QStringLiteral("not a time")
+                                                         : QStringLiteral("not a date")};
+        }
+        const QLocale locale;
+        const QString date = locale.toString(when->date(), QStringLiteral("d MMMM yyyy"));
+        const QString time = locale.toString(when->time(), QStringLiteral("HH:mm:ss"));
+        const bool hasDate = when->date() != zeroDate().date();
+        const bool hasTime = entry.contains(u':') || when->time() != QTime(0, 0);
+        switch (dataType) {
+        case SettingType::Date:
+            return {true, readsAs + date};
+        case SettingType::Time:
+            return {true, readsAs + time};
+        case SettingType::DateTime:
+            return {true, readsAs + date + u' ' + time};
+        default:
+            return {true, readsAs
+                              + (hasDate && hasTime ? date + u' ' + time
+                                 : hasDate          ? date
+                                                    : time)};
+        }
+    }
+    default:
+        return {};
+    }
+}
+
 QString accessDeniedText(const QString &userName)
 {
     return fillPlaceholders(

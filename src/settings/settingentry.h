@@ -67,6 +67,19 @@ OLVEX_CORE_EXPORT bool isDateEntry(const QString &entry);
 // nullopt when the entry does not fit its kind.
 OLVEX_CORE_EXPORT std::optional<Value> valueToWrite(EntryKind kind, const QString &entry);
 
+// How a typed entry of a setting of the given data type reads, shown under the field while the
+// operator types so that nothing is thrown away in silence: "reads as 25", "reads as 5 March
+// 2024 14:30:00", or why it does not ("not a number", "not a date", "not a time", "greater than
+// the maximum value (...)"). Dates name the month, so that 3/4 and 4/3 cannot be confused. Empty
+// for an empty entry and for kinds without a reading (text, yes/no). Data type 0 reads a date
+// or a time, showing the parts the entry holds.
+struct EntryReading
+{
+    bool fits = true;
+    QString text;
+};
+EntryReading readEntry(int dataType, const QString &entry);
+
 // The answer of the access check shown to the operator.
 OLVEX_CORE_EXPORT QString accessDeniedText(const QString &userName);
 // "SED-012: Account 'x' does not have privileges." and its SED-013/014 siblings.

@@ -4,10 +4,10 @@
 #include "testsite.h"
 
 #include "common/pid.h"
+#include "common/vocabulary.h"
 #include "host/demosite.h"
 #include "host/sitedatainterface.h"
 #include "host/storedvalue.h"
-#include "common/vocabulary.h"
 
 #include <QSqlQuery>
 
@@ -123,16 +123,19 @@ TEST_P(BatchReadTest, NamedAttributeListsReadLikeFullLists)
             const Parameter &a = *named[i];
             const Parameter &b = *full[i];
             ASSERT_EQ(a.PidNumber(), b.PidNumber());
-            EXPECT_EQ(a.GetName(0), b.GetName(0));
-            EXPECT_EQ(a.ParameterType(), b.ParameterType());
-            EXPECT_EQ(a.UnitName(), b.UnitName());
-            EXPECT_EQ(a.InError(), b.InError());
-            EXPECT_EQ(units->UnitsText(a.PidNumber()), units->UnitsText(b.PidNumber()));
-            const CurrentValue va = a.GetCurrentValue();
-            const CurrentValue vb = b.GetCurrentValue();
-            EXPECT_EQ(va.Value.debugText(), vb.Value.debugText()) << a.PidNumber();
-            EXPECT_EQ(va.Status, vb.Status);
-            EXPECT_EQ(shown(va.Time), shown(vb.Time));
+            // What a row shows of a parameter: name, type, units, error, value, status and time.
+            const auto row = [&](const Parameter &p) {
+                const CurrentValue v = p.GetCurrentValue();
+                return QStringList{p.GetName(0),
+                                   QString::number(p.ParameterType()),
+                                   p.UnitName(),
+                                   QString::number(p.InError()),
+                                   units->UnitsText(p.PidNumber()),
+                                   v.Value.debugText(),
+                                   QString::number(v.Status),
+                                   shown(v.Time)};
+            };
+            EXPECT_EQ(row(a), row(b));
             for (const int number : numbers) {
                 EXPECT_EQ(a.GetAttribute(number).debugText(), b.GetAttribute(number).debugText())
                     << FormatPid(a.PidNumber()).toStdString() << " attribute " << number;

@@ -46,7 +46,7 @@ TEST(SqliteSiteFile, FilesThatAreNotSitesAreRefusedUntouched)
         << "no journal or lock files were left beside them";
 }
 
-TEST(SqliteSiteFile, NeitherOpeningNorABrokenCreationLeavesFilesBehind)
+TEST(SqliteSiteFile, NeitherOpeningNorABrokenCreationLeavesFilesAndASiteIsDurable)
 {
     SitePlace place(Backend::Sqlite);
     const QString inMissingFolder = place.filePath(u"no/such/folder/site.db"_s);
@@ -66,11 +66,8 @@ TEST(SqliteSiteFile, NeitherOpeningNorABrokenCreationLeavesFilesBehind)
     EXPECT_TRUE(QDir(place.filePath(QString()))
                     .entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot)
                     .isEmpty());
-}
 
-TEST(SqliteSiteFile, SiteIsWrittenWithWriteAheadLogging)
-{
-    SitePlace place(Backend::Sqlite);
+    // A site that is created is written with write-ahead logging, fully synchronised.
     auto store = createDemoSite(place.filePath());
     EXPECT_EQ(store->sql().scalar(u"PRAGMA journal_mode"_s).toString(), u"wal"_s);
     EXPECT_EQ(store->sql().scalar(u"PRAGMA synchronous"_s).toInt(), 2); // FULL

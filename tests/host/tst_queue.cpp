@@ -61,9 +61,8 @@ TEST_P(QueueTest, ClaimTakesTheOldestAndOnlyTheClaimantCompletesIt)
     ASSERT_TRUE(a && b);
     EXPECT_EQ(a->id, first);
     EXPECT_EQ(b->id, second);
-    EXPECT_EQ(a->userName, u"operator"_s);
-    EXPECT_EQ(a->state, QueueItem::State::Claimed);
-    EXPECT_EQ(a->attempts, 1);
+    EXPECT_TRUE(a->userName == u"operator"_s && a->state == QueueItem::State::Claimed
+                && a->attempts == 1);
     EXPECT_FALSE(queue.claimCommand(u"C"_s, 60s)) << "nothing left to claim";
 
     EXPECT_FALSE(queue.completeCommand(a->id, u"B"_s, true, u"x"_s)) << "only the claimant";
@@ -101,17 +100,15 @@ TEST_P(QueueTest, WritesOfOneSettingLandInTheOrderTheyWereMade)
     }
     m_store->queueValueWrite(kProbe + 1, Value(u"x"_s), kOperator);
     CommandQueue queue(*m_store);
-    auto first = queue.claimPendingWrite(u"A"_s, 60s);
-    ASSERT_TRUE(first);
-    EXPECT_EQ(first->value, Value(1));
-    // While the first write of the probe is in hand, its later writes wait.
-    auto other = queue.claimPendingWrite(u"B"_s, 60s);
-    ASSERT_TRUE(other);
-    EXPECT_EQ(other->pid, kProbe + 1);
+    // A group takes one write per setting: while the probe's first write is in hand, its later
+    // writes wait.
+    const QList<PendingWrite> group = queue.claimPendingWrites(u"A"_s, 60s, 10);
+    ASSERT_EQ(group.size(), 2);
+    EXPECT_EQ(group[0].value, Value(1));
+    EXPECT_EQ(group[1].pid, kProbe + 1);
     EXPECT_FALSE(queue.claimPendingWrite(u"B"_s, 60s));
-
-    ASSERT_TRUE(queue.applyPendingWrite(*first, u"A"_s));
-    EXPECT_FALSE(queue.applyPendingWrite(*first, u"A"_s)) << "applied once only";
+    ASSERT_TRUE(queue.applyPendingWrite(group[0], u"A"_s));
+    EXPECT_FALSE(queue.applyPendingWrite(group[0], u"A"_s)) << "applied once only";
     while (auto write = queue.claimPendingWrite(u"A"_s, 60s)) {
         ASSERT_TRUE(queue.applyPendingWrite(*write, u"A"_s));
     }

@@ -86,9 +86,7 @@ SiteInfo siteInfo(const QString &siteId)
     return info;
 }
 
-class StoreTest : public BackendTest
-{
-};
+using StoreTest = BackendTest;
 
 TEST_P(StoreTest, EveryValueKindComesBackExactly)
 {
@@ -196,14 +194,14 @@ TEST_P(StoreTest, OlderSiteIsMigratedForwardKeepingItsContent)
     ASSERT_TRUE(record);
     expectSame(Value(1), *record->attribute(-14));
     // What the later steps added is there.
-    for (const QString &name : {u"audit_trail_by_pid"_s, u"attributes_by_number"_s}) {
-        const QVariant index = store->sql().scalar(
-            isSqlite() ? u"SELECT count(*) FROM sqlite_master WHERE name = '"_s + name + u"'"
-                       : u"SELECT count(*) FROM pg_indexes WHERE schemaname ="
-                         u" current_schema() AND indexname = '"_s
-                             + name + u"'");
-        EXPECT_EQ(index.toInt(), 1) << name.toStdString();
-    }
+    EXPECT_EQ(store->sql()
+                  .scalar(isSqlite() ? u"SELECT count(*) FROM sqlite_master WHERE name IN"
+                                       u" ('audit_trail_by_pid', 'attributes_by_number')"_s
+                                     : u"SELECT count(*) FROM pg_indexes WHERE schemaname ="
+                                       u" current_schema() AND indexname IN"
+                                       u" ('audit_trail_by_pid', 'attributes_by_number')"_s)
+                  .toInt(),
+              2);
     const SiteStore::ListRead list = store->readList({4}, {-14});
     ASSERT_EQ(list.records.size(), 1);
     ASSERT_TRUE(list.columns.at(-14).at(0));

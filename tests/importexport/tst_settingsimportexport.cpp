@@ -210,7 +210,7 @@ TEST_F(TransferTest, FailureLeavesTheOldFile)
     failsKeepingTheOldFile(path, "");
     transfer.setProgressHandler({});
     const QString failed = "Cannot export settings. Error ";
-    failsKeepingTheOldFile(dir.filePath("missing/settings.csv"), failed + "75, ");
+    failsKeepingTheOldFile(dir.filePath("settings.csv/x.csv"), failed + "75, "); // no folder
     data->setFailure(300000000 + 4 * 100000 + 17, FakeParameter::Op::GetCurrentValue,
                      Error(9, "Value unreadable")); // halfway
     failsKeepingTheOldFile(path, failed + "9, Value unreadable [CSET-0058]");

@@ -1,6 +1,6 @@
 // The order of the setting group tree: parents first, siblings by order number, then name.
-#include "settings/groupsort.h"
 #include "common/vocabulary.h"
+#include "settings/groupsort.h"
 #include "support/fake_data_interface.h"
 
 #include <gtest/gtest.h>
@@ -32,28 +32,6 @@ protected:
     FakeDataInterface di;
 };
 
-TEST_F(GroupSort, KeyStartsAtTheRootWithZeroFilledOrderNumbers)
-{
-    group(100001, "Plant", 1);
-    auto g = group(100002, "G", 0, 100001);
-    const DefinitionLookup lookup = [this](qint32 pid) -> ParameterPtr {
-        return di.parameter(pid);
-    };
-    const std::vector<std::pair<Value, QString>> cases = {
-        {2, "0002,G"},
-        {10, "0010,G"},
-        {12345, "12345,G"},
-        {-5, "-0005,G"},
-        {Value::null(), "0000,G"},
-        {"7", "0007,G"},
-    };
-    for (const auto &[order, key] : cases) {
-        g->setAttributeValue(GroupAttr::Order, order);
-        EXPECT_EQ(GroupSortKey(*g, {}, lookup), u"0001,Plant;" + key);
-    }
-    EXPECT_EQ(GroupSortKey(*g, QStringLiteral("x"), lookup), QStringLiteral("0001,Plant;0007,G;x"));
-}
-
 TEST_F(GroupSort, LinesPutParentsFirstThenOrderThenName)
 {
     // Added in an order that is none of the expected ones.
@@ -68,11 +46,17 @@ TEST_F(GroupSort, LinesPutParentsFirstThenOrderThenName)
     // A parent that is no group is found in the directory all the same.
     di.addSetting(100009, "Holder", 7, Value("x"))->setAttributeValue(GroupAttr::Order, 9);
     group(100010, "Child", 1, 100009);
+    group(100011, "Unordered", Value::null(), 100001); // no order: 0
+    group(100012, "Below", -5, 100001);
+    group(100013, "As text", "7", 100001);
     EXPECT_EQ(sortedLines(), (QStringList{
                                  "0000,Alarms\t[100002]",
                                  "0001,Plant\t[100001]",
+                                 "0001,Plant;-0005,Below\t[100012]",
+                                 "0001,Plant;0000,Unordered\t[100011]",
                                  "0001,Plant;0002,Alpha\t[100003]",
                                  "0001,Plant;0002,Beta\t[100004]",
+                                 "0001,Plant;0007,As text\t[100013]",
                                  "0001,Plant;0010,Zeta\t[100005]",
                                  "0001,Plant;12345,Big\t[100006]",
                                  "0003,Orphan\t[100007]",
@@ -108,13 +92,6 @@ TEST_F(GroupSort, TheOrderAloneIsTheOrderOfTheLinesAndALoopEndsThePath)
     ASSERT_EQ(loop.size(), 2);
     EXPECT_EQ(loop.at(0).count(u';'), 0);
     EXPECT_EQ(loop.at(1).count(u';'), 1);
-}
-
-TEST_F(GroupSort, NoGroupsGiveNoLines)
-{
-    di.addSetting(100009, QStringLiteral("Setting"), 1, Value(1));
-    EXPECT_TRUE(sortedLines().isEmpty());
-    EXPECT_EQ(di.pidsOfTypesRequests(), (QList<QList<int>>{{ParameterTypes::SettingGroup}}));
 }
 
 } // namespace

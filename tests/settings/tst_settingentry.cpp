@@ -77,19 +77,6 @@ TEST(CheckNumberEntry, TheLimitsUseTheLocaleDecimalSeparator)
     EXPECT_EQ(check.questions, QStringList{below("1,5", "2")});
 }
 
-// The captions of yes/no and on/off are checked on the dialog the editor shows.
-TEST(EntryKind, FollowsTheDataType)
-{
-    const std::vector<std::pair<int, EntryKind>> cases = {
-        {1, EntryKind::Number},   {7, EntryKind::FreeText}, {2, EntryKind::DateTime},
-        {3, EntryKind::DateTime}, {4, EntryKind::DateTime}, {5, EntryKind::YesNo},
-        {6, EntryKind::OnOff},    {0, EntryKind::None},     {8, EntryKind::None},
-    };
-    for (const auto &[type, kind] : cases) {
-        EXPECT_EQ(entryKindFor(type), kind) << "data type " << type;
-    }
-}
-
 TEST(ValueToWrite, KeepsWhatTheOperatorTyped)
 {
     const std::vector<std::tuple<EntryKind, QString, std::optional<Value>>> cases = {

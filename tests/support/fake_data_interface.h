@@ -23,7 +23,8 @@ namespace olvex {
 // component sees it on its next read, as it would on a live site.
 //
 // Parameters keep the order in which they were added; GetPidsOfTypes returns them in that
-// order. GetPid of an unknown PID throws. No channel exists and the alternative state is off.
+// order. GetPid of an unknown PID throws. Channels exist once given a kind; the alternative
+// state is off.
 class FakeDataInterface : public DataInterface
 {
     Q_OBJECT
@@ -45,7 +46,7 @@ public:
     std::shared_ptr<UnitsLookup> GetUnitsLookup() override;
     std::shared_ptr<User> GetUser() override { return m_state->user; }
     std::shared_ptr<MessageRecords> GetMessageRecords() override { return m_state->records; }
-    int GetChannelKind(int) override { return 0; }
+    int GetChannelKind(int channel) override { return m_state->channelKinds.value(channel); }
     std::shared_ptr<olvex::MessageLog> MessageLog() override { return m_state->log; }
     bool AlternativeState() const override { return false; }
 
@@ -66,6 +67,7 @@ public:
     // Applies every parameter's queued writes at the clock's time; returns how many.
     int applyPendingWrites();
 
+    void setChannelKind(int channel, int kind) { m_state->channelKinds.insert(channel, kind); }
     void setSiteId(const QString &siteId) { m_state->siteId = siteId; }
     void setClientAddress(const QString &address) { m_state->clientAddress = address; }
     void setConnectionSettings(const ConnectionDescription &c) { m_state->connection = c; }
@@ -102,6 +104,7 @@ public:
             QStringLiteral("/olvex/export")};
         std::shared_ptr<FakeUser> user = std::make_shared<FakeUser>();
         QHash<qint32, QString> units;
+        QHash<int, int> channelKinds;
         std::shared_ptr<FakeMessageRecords> records = std::make_shared<FakeMessageRecords>();
         std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
         std::shared_ptr<olvex::MessageLog> log;

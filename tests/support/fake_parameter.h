@@ -63,11 +63,13 @@ public:
     void SetAttribute(int number, const Value &value) override;
     CurrentValue GetCurrentValue() const override;
     void SetValues(int mode, const Value &value) override;
-    bool InError() const override { return false; }
-    QString UnitName() const override { return {}; }
+    bool InError() const override { return m_inError; }
+    QString UnitName() const override { return m_unitName; }
 
     // Test side.
     void setAttributeValue(int number, const Value &value) { m_attributes.insert(number, value); }
+    void setInError(bool inError) { m_inError = inError; }
+    void setUnitName(const QString &name) { m_unitName = name; }
     void setCurrentValue(const Value &value, int status = 0, const QDateTime &time = {})
     {
         m_current = {value, status, time};
@@ -97,6 +99,8 @@ private:
     qint32 m_pid;
     int m_type;
     QString m_name;
+    bool m_inError = false;
+    QString m_unitName;
     QHash<int, Value> m_attributes;
     CurrentValue m_current;
     QList<ValueWrite> m_valueWrites;

@@ -6,14 +6,18 @@
 // store keeps failing while draining); 2 bad command line.
 #include "common/error.h"
 #include "das/dasrunner.h"
+#include "das/scaledclock.h"
 #include "host/sitestore.h"
+#include "plantcommand.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QSocketNotifier>
 #include <QTextStream>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <sys/socket.h>
@@ -30,7 +34,7 @@ constexpr int kDrainFailureLimit = 5;
 
 int signalPipe[2] = {-1, -1};
 
-// Only writes one byte: the event loop does the rest, after the item in hand is finished.
+// Only writes one byte: the event loop does the rest, after the group in hand is finished.
 extern "C" void onStopSignal(int)
 {
     const int saved = errno;
@@ -83,6 +87,23 @@ std::optional<std::chrono::milliseconds> milliseconds(const QString &text)
     return std::chrono::milliseconds(value);
 }
 
+// What a run carried out, for its last line.
+struct Tally
+{
+    qint64 done = 0;
+    qint64 failed = 0;
+    QElapsedTimer clock;
+
+    QString summary() const
+    {
+        const double seconds = std::max(clock.nsecsElapsed() / 1e9, 1e-3);
+        const qint64 items = done + failed;
+        return QString::number(items) + u" items carried out (" + QString::number(done) + u" done, "
+               + QString::number(failed) + u" failed) in " + QString::number(seconds, 'f', 1)
+               + u" s, " + QString::number(qRound64(items / seconds)) + u" items a second";
+    }
+};
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -94,7 +115,7 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Carries out the pending value writes and command records of a site.\n"
-                       "Runs until SIGTERM or SIGINT (the item in hand is finished first)."));
+                       "Runs until SIGTERM or SIGINT (the items in hand are finished first)."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption versionOption = parser.addVersionOption();
     const QCommandLineOption siteOption(
@@ -111,7 +132,22 @@ int main(int argc, char **argv)
         QStringLiteral("How long a claim holds before another service may take the item "
                        "again (default 30000)."),
         QStringLiteral("MS"), QStringLiteral("30000"));
-    parser.addOptions({siteOption, drainOption, intervalOption, leaseOption});
+    const QCommandLineOption speedOption(
+        QStringLiteral("speed"),
+        QStringLiteral("Simulated time runs X times faster (calibration checks, schedules, "
+                       "confirmation deadlines; default 1)."),
+        QStringLiteral("X"), QStringLiteral("1"));
+    const QCommandLineOption unitOption(
+        QStringLiteral("unit"),
+        QStringLiteral("With plant: only this plant unit (default: every unit)."),
+        QStringLiteral("N"));
+    parser.addOptions(
+        {siteOption, drainOption, intervalOption, leaseOption, speedOption, unitOption});
+    parser.addPositionalArgument(
+        QStringLiteral("plant"),
+        QStringLiteral("plant [--unit N] start|stop|normal-ops|hours H: set the plant state "
+                       "that the service follows, and exit."),
+        QStringLiteral("[plant ...]"));
 
     if (!parser.parse(QCoreApplication::arguments())) {
         return usage(parser.errorText());
@@ -124,11 +160,26 @@ int main(int argc, char **argv)
         QTextStream(stdout) << "olvex-das " << QCoreApplication::applicationVersion() << '\n';
         return 0;
     }
-    if (!parser.positionalArguments().isEmpty()) {
-        return usage(u"unexpected argument '" + parser.positionalArguments().constFirst() + u'\'');
+    const QStringList positional = parser.positionalArguments();
+    if (!positional.isEmpty() && positional.constFirst() != u"plant") {
+        return usage(u"unexpected argument '" + positional.constFirst() + u'\'');
     }
     if (!parser.isSet(siteOption) || parser.value(siteOption).trimmed().isEmpty()) {
         return usage(QStringLiteral("no site given (--site SITE)"));
+    }
+    if (!positional.isEmpty()) {
+        bool ok = true;
+        const int unit = parser.isSet(unitOption) ? parser.value(unitOption).toInt(&ok) : 0;
+        if (!ok || unit < 0) {
+            return usage(u"--unit wants a unit number, not '" + parser.value(unitOption) + u'\'');
+        }
+        return olvex::runPlantCommand(parser.value(siteOption), unit, positional.mid(1));
+    }
+    bool speedOk = false;
+    const double speed = parser.value(speedOption).toDouble(&speedOk);
+    if (!speedOk || speed <= 0 || speed > 100000) {
+        return usage(u"--speed wants a factor above 0 (up to 100000), not '"
+                     + parser.value(speedOption) + u'\'');
     }
     const auto interval = milliseconds(parser.value(intervalOption));
     if (!interval) {
@@ -157,22 +208,33 @@ int main(int argc, char **argv)
     options.lease = *lease;
     options.logSink = logLine;
     options.reopenStore = true;
+    if (speed != 1) {
+        options.clock = std::make_shared<olvex::ScaledClock>(speed);
+    }
     olvex::DasRunner runner(store, *interval, options);
     const QString site = store->target().displayText();
     const bool draining = parser.isSet(drainOption);
     logLine(1, u"DAS: service " + runner.service().workerId() + u" started on " + site
                    + (draining ? u" (until the queue is empty)" : u""));
 
+    Tally tally;
+    tally.clock.start();
+    QObject::connect(
+        &runner, &olvex::DasRunner::itemFinished, &app,
+        [&](const olvex::DasResult &result) { ++(result.succeeded ? tally.done : tally.failed); });
+
     QSocketNotifier stopNotifier(signalPipe[1], QSocketNotifier::Read);
     QObject::connect(&stopNotifier, &QSocketNotifier::activated, &app, [&] {
         char byte = 0;
         [[maybe_unused]] const auto read = ::read(signalPipe[1], &byte, 1);
         runner.stop();
-        logLine(1, u"DAS: service " + runner.service().workerId() + u" stopped");
+        logLine(1,
+                u"DAS: service " + runner.service().workerId() + u" stopped: " + tally.summary());
         QCoreApplication::exit(0);
     });
     QObject::connect(&runner, &olvex::DasRunner::drained, &app, [&] {
-        logLine(1, u"DAS: service " + runner.service().workerId() + u" drained the queue");
+        logLine(1, u"DAS: service " + runner.service().workerId() + u" drained the queue: "
+                       + tally.summary());
         QCoreApplication::exit(0);
     });
     QObject::connect(&runner, &olvex::DasRunner::stepFailed, &app, [&](const QString &error) {

@@ -1,6 +1,7 @@
 // The operator window: the components on one site, as the user given. Without a display,
 // --screenshot DIR renders each tab to DIR/<tab>.png and exits, which is how `make run` shows it
 // on a machine without one.
+#include "calconfirmdock.h"
 #include "common/error.h"
 #include "common/pid.h"
 #include "common/widgets/uiservices.h"
@@ -12,6 +13,7 @@
 #include "host/sitestore.h"
 #include "monitortabs.h"
 #include "monitorwindow.h"
+#include "statuslog.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -168,7 +170,9 @@ int main(int argc, char **argv)
     }
     window.setUser(userName);
     window.setBackend(backendText(*store));
+    context.messageLog = std::make_shared<StatusBarLog>(dataInterface->MessageLog(), &window);
     addComponentTabs(window, context);
+    addCalConfirmDock(window, context);
 
     if (parser.isSet(options.shot)) {
         // A still picture of the site as it stands: no service runs, pending changes show so.

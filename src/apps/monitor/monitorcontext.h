@@ -8,6 +8,7 @@
 namespace olvex {
 
 class DataInterface;
+class MessageLog;
 class SiteStore;
 class UiServices;
 
@@ -16,6 +17,8 @@ struct MonitorContext
 {
     std::shared_ptr<SiteStore> store;
     std::shared_ptr<DataInterface> dataInterface;
+    // The log the components write to: the site's, with error lines shown in the status bar.
+    std::shared_ptr<MessageLog> messageLog;
     UiServices *ui = nullptr; // null: the Qt services
     QString userName;
     // Whether the window's own service carries out queued writes; when not, an olvex-das

@@ -3,10 +3,10 @@
 #include "common/error.h"
 #include "common/host.h"
 #include "common/pid.h"
+#include "common/vocabulary.h"
 #include "common/widgets/keyedtree.h"
 #include "importexport/widgets/disettingsimportexport.h"
 #include "monitorwindow.h"
-#include "common/vocabulary.h"
 #include "settings/widgets/disettings.h"
 #include "settings/widgets/settinggroups.h"
 
@@ -78,7 +78,7 @@ QWidget *createSettingsTab(MonitorWindow &window, const MonitorContext &context)
 QWidget *createImportExportTab(MonitorWindow &window, const MonitorContext &context)
 {
     auto *importExport = new DISettingsImportExport(context.ui, &window);
-    importExport->Setup(context.dataInterface->MessageLog(), context.dataInterface);
+    importExport->Setup(context.messageLog, context.dataInterface);
     return importExport;
 }
 
@@ -88,6 +88,10 @@ void addComponentTabs(MonitorWindow &window, const MonitorContext &context)
                   QStringLiteral("settings"));
     window.addTab(createImportExportTab(window, context), QStringLiteral("Import/Export"),
                   QStringLiteral("import-export"));
+    window.addTab(createCalStartTab(window, context), QStringLiteral("Calibration Start"),
+                  QStringLiteral("calstart"));
+    window.addTab(createCylindersTab(window, context), QStringLiteral("Gas Cylinders"),
+                  QStringLiteral("cylinders"));
 }
 
 } // namespace olvex

@@ -18,4 +18,10 @@ QWidget *createSettingsTab(MonitorWindow &window, const MonitorContext &context)
 // The settings import/export panel on the site, logging to the site's message log.
 QWidget *createImportExportTab(MonitorWindow &window, const MonitorContext &context);
 
+// The calibration start control on the site (calstarttab.cpp); the window grows to its
+// DesiredWidth.
+QWidget *createCalStartTab(MonitorWindow &window, const MonitorContext &context);
+// The gas cylinder list of the site; --screenshot also shows its edit dialog.
+QWidget *createCylindersTab(MonitorWindow &window, const MonitorContext &context);
+
 } // namespace olvex

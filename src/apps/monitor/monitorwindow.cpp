@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QDockWidget>
 #include <QLabel>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -46,6 +47,12 @@ void MonitorWindow::addTab(QWidget *component, const QString &title, const QStri
     m_shotNames << (shotName.isEmpty() ? title.toLower().replace(u' ', u'-') : shotName);
 }
 
+void MonitorWindow::addDock(QDockWidget *dock, Qt::DockWidgetArea area, const QString &shotName)
+{
+    addDockWidget(area, dock);
+    m_dockShots.append({dock, shotName});
+}
+
 void MonitorWindow::setSite(const QString &siteId, const QString &siteName)
 {
     m_site->setText(u"Site: " + siteId);
@@ -69,6 +76,11 @@ void MonitorWindow::showProblem(const QString &line)
     statusBar()->showMessage(line);
 }
 
+void MonitorWindow::addShot(const QString &shotName, std::function<std::unique_ptr<QWidget>()> make)
+{
+    m_extraShots.append({shotName, std::move(make)});
+}
+
 QStringList MonitorWindow::saveScreenshots(const QString &dir)
 {
     const QDir target(dir);
@@ -83,6 +95,27 @@ QStringList MonitorWindow::saveScreenshots(const QString &dir)
         QApplication::processEvents();
         const QString path = target.absoluteFilePath(m_shotNames.value(i) + u".png");
         if (!grab().save(path)) {
+            throw Error(75, u"Cannot write " + QDir::toNativeSeparators(path));
+        }
+        written << path;
+    }
+    for (const auto &[name, make] : std::as_const(m_extraShots)) {
+        const std::unique_ptr<QWidget> widget = make();
+        if (!widget) {
+            continue;
+        }
+        widget->show();
+        QApplication::processEvents();
+        QApplication::processEvents();
+        const QString path = target.absoluteFilePath(name + u".png");
+        if (!widget->grab().save(path)) {
+            throw Error(75, u"Cannot write " + QDir::toNativeSeparators(path));
+        }
+        written << path;
+    }
+    for (const auto &[dock, shotName] : std::as_const(m_dockShots)) {
+        const QString path = target.absoluteFilePath(shotName + u".png");
+        if (!dock->grab().save(path)) {
             throw Error(75, u"Cannot write " + QDir::toNativeSeparators(path));
         }
         written << path;

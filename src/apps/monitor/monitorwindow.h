@@ -4,6 +4,11 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+#include <memory>
+#include <utility>
+
+class QDockWidget;
 class QLabel;
 class QTabWidget;
 
@@ -21,6 +26,11 @@ public:
     // case with blanks as dashes.
     void addTab(QWidget *component, const QString &title, const QString &shotName = {});
     QTabWidget *tabs() const { return m_tabs; }
+    // One more picture for --screenshot, after the tabs': make builds the widget (a dialog open
+    // on the site's data), which is rendered to <shotName>.png and destroyed; null: no picture.
+    void addShot(const QString &shotName, std::function<std::unique_ptr<QWidget>()> make);
+    // A panel docked beside the tabs; saveScreenshots renders it alone to <shotName>.png.
+    void addDock(QDockWidget *dock, Qt::DockWidgetArea area, const QString &shotName);
 
     void setSite(const QString &siteId, const QString &siteName);
     void setUser(const QString &userName);
@@ -35,6 +45,8 @@ public:
 private:
     QTabWidget *m_tabs;
     QStringList m_shotNames;
+    QList<std::pair<QString, std::function<std::unique_ptr<QWidget>()>>> m_extraShots;
+    QList<std::pair<QDockWidget *, QString>> m_dockShots;
     QLabel *m_site;
     QLabel *m_user;
     QLabel *m_backend;

@@ -18,7 +18,8 @@ namespace ExitCode {
 inline constexpr int Ok = 0;
 inline constexpr int Failed = 1;
 inline constexpr int Usage = 2;
-inline constexpr int Refused = 3; // lack of privilege
+inline constexpr int Refused = 3;    // lack of privilege
+inline constexpr int Incomplete = 4; // an import that left lines of the file undone
 } // namespace ExitCode
 
 inline const QString kProgram = QStringLiteral("olvex-settings");

@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <QTextStream>
 
+#include "cylinder_commands.h"
 #include "importexport_commands.h"
 
 namespace olvex::cli {

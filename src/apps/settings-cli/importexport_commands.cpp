@@ -8,6 +8,8 @@
 #include "importexport/importexporttexts.h"
 #include "importexport/settingsimportexport.h"
 
+#include <QFileInfo>
+
 namespace olvex::cli {
 
 namespace texts = importexporttexts;
@@ -81,6 +83,9 @@ int exportCommand(const QStringList &args, QTextStream &out, QTextStream &err)
     parser.addOption(siteOption());
     parser.addOption(userOption(QStringLiteral("Reads as this user (default viewer)."),
                                 QStringLiteral("viewer")));
+    const QCommandLineOption force(QStringLiteral("force"),
+                                   QStringLiteral("Replaces FILE when it exists already."));
+    parser.addOption(force);
     if (auto done = parseArguments(parser, args,
                                    QStringLiteral("Saves every setting of the site to a settings "
                                                   "CSV file (Windows-1252, CR LF)."),
@@ -88,6 +93,9 @@ int exportCommand(const QStringList &args, QTextStream &out, QTextStream &err)
         return *done;
     }
     const QString fileName = parser.positionalArguments().constFirst();
+    if (QFileInfo::exists(fileName) && !parser.isSet(force))
+        return complain(err, u'\'' + fileName + u"' exists already; --force replaces it",
+                        ExitCode::Failed);
     std::shared_ptr<SiteStore> store;
     if (const int code = openSite(parser, err, store); code != ExitCode::Ok)
         return code;
@@ -99,10 +107,12 @@ int exportCommand(const QStringList &args, QTextStream &out, QTextStream &err)
             stderrProgress(QStringLiteral("export"), QStringLiteral("settings"), err));
         ExportCounts counts;
         if (!transfer.ExportSettings(fileName, counts)) {
-            print(out, texts::exportFailed());
+            print(out, texts::exportFailed(transfer.exportErrorText()));
             return ExitCode::Failed;
         }
         print(out, texts::exportSucceeded(fileName, counts));
+        if (const QString loss = texts::exportLossNote(counts); !loss.isEmpty())
+            print(err, loss);
         return ExitCode::Ok;
     } catch (...) {
         return complain(err, currentError().description, ExitCode::Failed);
@@ -164,7 +174,19 @@ int importCommand(const QStringList &args, QTextStream &out, QTextStream &err)
             return ExitCode::Failed;
         }
         print(out, texts::importSummary(fileName, counts, errorText));
-        return ExitCode::Ok;
+        // Lines of a file the site's own export wrote (read-only, blank) are no fault; anything
+        // else the file asked for and did not get is named, and the exit code says so.
+        QStringList undone;
+        for (const ImportRefusal &line : transfer.linesNotChanged()) {
+            if (!line.skipped)
+                undone << texts::notChangedLine(line);
+        }
+        if (undone.isEmpty())
+            return ExitCode::Ok;
+        out << Qt::endl << "Lines not imported:" << Qt::endl;
+        for (const QString &line : std::as_const(undone))
+            out << "  " << line << Qt::endl;
+        return ExitCode::Incomplete;
     } catch (...) {
         return complain(err, currentError().description, ExitCode::Failed);
     }

@@ -5,10 +5,12 @@
 #include "importexport/importexporttexts.h"
 #include "importexport/widgets/filedropfilter.h"
 #include "importexport/widgets/importpreviewdialog.h"
+#include "importexport/widgets/importresultview.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
@@ -99,10 +101,13 @@ DISettingsImportExport::DISettingsImportExport(UiServices *ui, QWidget *parent)
     importLayout->addWidget(m_cmdImport, 1, 3);
     importLayout->setColumnStretch(0, 1);
 
+    m_importResult = new ImportResultView(m_ui, this);
+
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(exportFrame);
     layout->addWidget(importFrame);
-    layout->addStretch(1);
+    layout->addWidget(m_importResult, 1);
+    layout->addStretch(0);
 
     connect(m_cmdGetExportFilename, &QPushButton::clicked, this,
             &DISettingsImportExport::chooseExportFile);
@@ -185,8 +190,10 @@ void DISettingsImportExport::chooseExportFile()
             const QString chosen
                 = m_ui.getSaveFileName(this, tr("Export Settings"), m_txtExportFile->text(),
                                        kFileFilter, kDefaultExtension);
-            if (!chosen.isEmpty())
+            if (!chosen.isEmpty()) {
                 m_txtExportFile->setText(QDir::toNativeSeparators(chosen));
+                m_confirmedExportFile = m_txtExportFile->text();
+            }
         },
         [&](const CaughtError &error) { logError(texts::handlerFault(error.errorText())); });
 }
@@ -235,6 +242,11 @@ void DISettingsImportExport::exportClicked()
     guarded(
         [&] {
             const QString fileName = m_txtExportFile->text().trimmed();
+            if (QFileInfo::exists(fileName) && fileName != m_confirmedExportFile
+                && m_ui.ShowMessageBox(texts::exportReplaceQuestion(fileName),
+                                       MessageBoxStyle::ExclamationYesNo, title())
+                       != MessageBoxAnswer::Yes)
+                return;
             m_transfer->setProgressHandler(progressHandler(tr("Exporting settings..."), progress));
             ExportCounts counts;
             const bool ok = m_transfer->ExportSettings(fileName, counts);
@@ -244,10 +256,13 @@ void DISettingsImportExport::exportClicked()
                 m_ui.ShowMessageBox(texts::exportCancelled(fileName), MessageBoxStyle::Information,
                                     title());
             } else if (!ok) {
-                m_ui.ShowMessageBox(texts::exportFailed(), MessageBoxStyle::Exclamation, title());
+                m_ui.ShowMessageBox(texts::exportFailed(m_transfer->exportErrorText()),
+                                    MessageBoxStyle::Exclamation, title());
             } else {
-                m_ui.ShowMessageBox(texts::exportSucceeded(fileName, counts),
-                                    MessageBoxStyle::Information, title());
+                QString text = texts::exportSucceeded(fileName, counts);
+                if (const QString loss = texts::exportLossNote(counts); !loss.isEmpty())
+                    text += QString(texts::kNewline) + texts::kNewline + loss;
+                m_ui.ShowMessageBox(text, MessageBoxStyle::Information, title());
                 if (m_chkOpenExportedFile->isChecked()
                     && !m_ui.openWithAssociatedProgram(fileName)) {
                     m_ui.ShowMessageBox(tr("The settings were saved, but no program could open "
@@ -300,10 +315,11 @@ void DISettingsImportExport::runImport()
             const bool ok = m_transfer->ImportSettings(fileName, errorText, counts);
             m_transfer->setProgressHandler({});
             progress.reset();
-            if (ok)
-                m_ui.ShowMessageBox(texts::importSummary(fileName, counts, errorText),
-                                    MessageBoxStyle::Information, title());
-            else
+            if (ok) {
+                const QString summary = texts::importSummary(fileName, counts, errorText);
+                m_importResult->showResult(summary, m_transfer->linesNotChanged());
+                m_ui.ShowMessageBox(summary, MessageBoxStyle::Information, title());
+            } else
                 m_ui.ShowMessageBox(texts::importFailed(errorText), MessageBoxStyle::Exclamation,
                                     title());
         },

@@ -16,6 +16,7 @@ class QPushButton;
 
 namespace olvex {
 
+class ImportResultView;
 class UiServices;
 
 // The settings import/export panel: saves every setting parameter of the site to a settings
@@ -32,6 +33,9 @@ public:
     // Keeps both for the panel's life (a null log logs nothing) and proposes an export file
     // name in the site's export folder.
     void Setup(std::shared_ptr<MessageLog> messageLog, DataInterfacePtr dataInterface);
+
+    // The outcome of the last import on the panel: summary and the lines not changed as asked.
+    ImportResultView *importResult() const { return m_importResult; }
 
     // Work of at least this many lines shows a progress dialog with Cancel.
     void setProgressThreshold(int lines) { m_progressThreshold = lines; }
@@ -70,6 +74,9 @@ private:
     QPushButton *m_cmdGetImportFilename;
     QPushButton *m_cmdImport;
     QPushButton *m_cmdPreviewImport;
+    ImportResultView *m_importResult;
+    // The file the Save As dialog chose: its own question about replacing it was answered.
+    QString m_confirmedExportFile;
 };
 
 } // namespace olvex

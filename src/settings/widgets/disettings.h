@@ -97,6 +97,8 @@ private:
     // True when this account may not change pid, after telling the operator (the box titled
     // title) and raising the problem line under code.
     bool refuseChange(qint32 pid, const QString &title, const QString &code);
+    // The unit the entry dialogs name; empty when the host has no units.
+    QString unitText(qint32 pid);
     // After a fill: selects the first settings row and shows it with onSelected, or leaves the
     // buttons disabled.
     void selectFirstSetting(bool selectFirst, void (DISettings::*onSelected)(QTreeWidgetItem *));

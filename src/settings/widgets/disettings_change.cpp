@@ -1,12 +1,12 @@
-// DISettings: row selection and the change flows (value, default, alarm setpoints).
+// DISettings: the change flows: a new value, the default value, the alarm setpoints.
 #include "settings/widgets/disettings.h"
 
 #include "common/datetime.h"
 #include "common/error.h"
+#include "common/vocabulary.h"
 #include "common/widgets/reportlist.h"
 #include "common/widgets/uiservices.h"
 #include "settings/alarmsetpoints.h"
-#include "common/vocabulary.h"
 #include "settings/settingdisplay.h"
 #include "settings/settingentry.h"
 #include "settings/widgets/frmsettings_alarmsetpoints.h"
@@ -37,20 +37,6 @@ QString dateExample(int dataType)
 
 } // namespace
 
-QString DISettings::userName()
-{
-    const std::shared_ptr<User> user = mobjDI->GetUser();
-    return user ? user->UserName() : QString();
-}
-
-QString DISettings::privilegeRefusal(qint32 pid)
-{
-    if (mobjSecurity && mobjSecurity->CanChangeSetting(pid, true)) {
-        return {};
-    }
-    return u"Account '" + userName() + u"' does not have privileges to change this setting.";
-}
-
 bool DISettings::refuseChange(qint32 pid, const QString &title, const QString &code)
 {
     if (mobjSecurity && mobjSecurity->CanChangeSetting(pid, true)) {
@@ -63,105 +49,10 @@ bool DISettings::refuseChange(qint32 pid, const QString &title, const QString &c
     return true;
 }
 
-void DISettings::disableSettingButtons(const QString &why)
+QString DISettings::unitText(qint32 pid)
 {
-    for (QPushButton *button : {m_cmdChange, m_cmdChangeToDefault}) {
-        button->setEnabled(false);
-        button->setToolTip(why);
-    }
-}
-
-void DISettings::disableAlarmButton(const QString &why)
-{
-    m_cmdChangeAlarm->setEnabled(false);
-    m_cmdChangeAlarm->setToolTip(why);
-}
-
-void DISettings::lsvSettings_ItemClick(QTreeWidgetItem *row)
-{
-    guarded(
-        [&] {
-            const std::optional<RowTarget> target = rowTarget(row);
-            if (!target) {
-                return;
-            }
-            if (!target->definition) {
-                disableSettingButtons(QStringLiteral("This PID has no definition."));
-                return;
-            }
-            const qint32 pid = target->pid;
-            const ParameterPtr &definition = target->definition;
-            const int dataType
-                = int(definition->GetAttribute(SettingAttr::DataType).toInteger().value_or(0));
-            const int icon = ReportList::smallIcon(row);
-            switch (dataType) {
-            case SettingType::Number:
-            case SettingType::Date:
-            case SettingType::Time:
-            case SettingType::Text:
-                m_cmdChange->setText(QStringLiteral("Change Value..."));
-                break;
-            case SettingType::YesNo:
-            case SettingType::OnOff:
-                if (SettingIcon::isReadWrite(icon)) {
-                    m_cmdChange->setText(QStringLiteral("Change Value"));
-                } else if (SettingIcon::isWriteOnly(icon)) {
-                    m_cmdChange->setText(QStringLiteral("Change Value..."));
-                }
-                break;
-            default:
-                break;
-            }
-
-            if (!SettingIcon::isChangeable(icon)) {
-                disableSettingButtons(icon == SettingIcon::ReadOnly
-                                              || icon == SettingIcon::ReadOnlyHighLevel
-                                          ? QStringLiteral("This setting is read-only.")
-                                          : QStringLiteral("This setting cannot be changed now."));
-                return;
-            }
-            if (const QString refusal = privilegeRefusal(pid); !refusal.isEmpty()) {
-                disableSettingButtons(refusal);
-                return;
-            }
-            const QString name = row->text(0);
-            m_cmdChange->setEnabled(true);
-            m_cmdChange->setToolTip(u"Enter a new value for " + name + u'.');
-            m_cmdChangeToDefault->setEnabled(true);
-            m_cmdChangeToDefault->setToolTip(u"Set " + name + u" to its default value ("
-                                             + row->text(2) + u").");
-        },
-        [this](const CaughtError &error) {
-            emitProblem(QStringLiteral("SED-010/UI-028: "), error);
-        });
-}
-
-void DISettings::lsvAlarmSettings_ItemClick(QTreeWidgetItem *row)
-{
-    guarded(
-        [&] {
-            if (!row || !mobjDI) {
-                return;
-            }
-            if (!m_lsvAlarmSettings->contains(row)) {
-                disableAlarmButton(QStringLiteral("Select an alarm first."));
-                return;
-            }
-            const qint32 pid = PidFromTag(ReportList::rowTag(row));
-            if (!directory()->PidExists(pid)) {
-                disableAlarmButton(QStringLiteral("This PID has no definition."));
-                return;
-            }
-            if (const QString refusal = privilegeRefusal(pid); !refusal.isEmpty()) {
-                disableAlarmButton(refusal);
-                return;
-            }
-            m_cmdChangeAlarm->setEnabled(true);
-            m_cmdChangeAlarm->setToolTip(u"Change the alarm setpoints of " + row->text(0) + u'.');
-        },
-        [this](const CaughtError &error) {
-            emitProblem(QStringLiteral("SED-008/UI-096: "), error);
-        });
+    const std::shared_ptr<UnitsLookup> units = mobjDI ? mobjDI->GetUnitsLookup() : nullptr;
+    return units ? units->UnitsText(pid) : QString();
 }
 
 void DISettings::cmdChange_Click()
@@ -184,11 +75,13 @@ void DISettings::cmdChange_Click()
             const int dataType
                 = int(definition->GetAttribute(SettingAttr::DataType).toInteger().value_or(0));
             const EntryKind kind = entryKindFor(dataType);
+            const QString unit = unitText(pid);
             std::optional<Value> newValue;
             switch (kind) {
             case EntryKind::Number:
             case EntryKind::FreeText: {
                 frmSettings_GetNumber dialog(m_ui, this);
+                dialog.setSetting(title, unit, kind == EntryKind::Number ? dataType : 0);
                 dialog.setCurrentValue(row->text(1));
                 dialog.setDefaultValue(row->text(2));
                 if (kind == EntryKind::Number && !row->text(3).isEmpty()) {
@@ -224,6 +117,7 @@ void DISettings::cmdChange_Click()
                 ValueInputDialog dialog(m_ui, this);
                 dialog.setPrompt(u"New value of " + title + u" (for example "
                                  + dateExample(dataType) + u"):");
+                dialog.setReadingType(dataType);
                 dialog.setValue(row->text(1));
                 if (ui.runModal(dialog) != QDialog::Accepted) {
                     return;
@@ -235,6 +129,7 @@ void DISettings::cmdChange_Click()
             case EntryKind::OnOff: {
                 const auto [falseCaption, trueCaption] = yesNoCaptions(kind);
                 frmSettings_GetYesNo dialog(m_ui, this);
+                dialog.setSetting(title);
                 dialog.SetCaptions(falseCaption, trueCaption);
                 const QString shown = row->text(1);
                 dialog.setCurrentValue(shown == trueCaption    ? std::optional<bool>(true)
@@ -302,6 +197,7 @@ void DISettings::cmdChangeAlarm_Click()
             UiServices &ui = UiServices::resolve(m_ui);
             const ParameterPtr &definition = target->definition;
             frmSettings_AlarmSetpoints dialog(m_ui, this);
+            dialog.setSetting(row->text(0), unitText(pid));
             for (size_t i = 0; i < kAlarmSetpoints.size(); ++i) {
                 dialog.setSetpoint(int(i), definition->GetAttribute(kAlarmSetpoints[i].attribute));
             }

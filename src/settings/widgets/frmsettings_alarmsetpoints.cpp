@@ -1,11 +1,13 @@
 #include "settings/widgets/frmsettings_alarmsetpoints.h"
 
+#include "common/vocabulary.h"
 #include "common/widgets/uiservices.h"
 #include "settings/alarmsetpoints.h"
 #include "settings/widgets/dialogframe.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -24,6 +26,7 @@ frmSettings_AlarmSetpoints::frmSettings_AlarmSetpoints(UiServices *ui, QWidget *
     , m_ui(ui)
     , m_ok(new QPushButton(QStringLiteral("OK"), this))
     , m_cancel(new QPushButton(QStringLiteral("Cancel"), this))
+    , m_heading(makeSettingHeading(*this))
 {
     setObjectName(QStringLiteral("frmSettings_AlarmSetpoints"));
     setWindowTitle(QStringLiteral("Alarm Settings"));
@@ -35,16 +38,26 @@ frmSettings_AlarmSetpoints::frmSettings_AlarmSetpoints(UiServices *ui, QWidget *
         field->setObjectName(QString::fromLatin1(kFieldNames[rank]));
         field->setPlaceholderText(QStringLiteral("not used"));
         field->setToolTip(QStringLiteral("Leave blank when this alarm level is not used."));
-        form->addRow(QString::fromLatin1(kAlarmSetpoints[rank].label), field);
+        auto *row = new QVBoxLayout;
+        row->setSpacing(0);
+        row->addWidget(field);
+        row->addWidget(makeReadingLabel(*field, SettingType::Number));
+        form->addRow(QString::fromLatin1(kAlarmSetpoints[rank].label), row);
         m_fields[rank] = field;
     }
 
     auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_heading);
     layout->addLayout(form);
     layout->addLayout(dialogButtonRow(*this, m_ok, m_cancel));
     connect(m_ok, &QPushButton::clicked, this, &frmSettings_AlarmSetpoints::accept);
     m_fields[0]->setFocus();
     setMinimumWidth(280);
+}
+
+void frmSettings_AlarmSetpoints::setSetting(const QString &name, const QString &unit)
+{
+    setSettingHeading(*m_heading, name, unit);
 }
 
 Value frmSettings_AlarmSetpoints::setpoint(int rank) const

@@ -7,6 +7,7 @@
 
 #include <array>
 
+class QLabel;
 class QLineEdit;
 class QPushButton;
 
@@ -36,6 +37,8 @@ public:
     Value setpoint(int rank) const;
     void setSetpoint(int rank, const Value &value);
     QLineEdit *field(int rank) const { return m_fields.at(size_t(rank)); }
+    // Names the alarm parameter (and its unit) in the dialog's first line.
+    void setSetting(const QString &name, const QString &unit);
     bool Cancelled() const { return result() != QDialog::Accepted; }
 
     QPushButton *cmdOK() const { return m_ok; }
@@ -50,6 +53,7 @@ private:
     std::array<QLineEdit *, 4> m_fields{};
     QPushButton *m_ok;
     QPushButton *m_cancel;
+    QLabel *m_heading;
 };
 
 } // namespace olvex

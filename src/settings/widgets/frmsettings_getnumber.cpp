@@ -16,6 +16,8 @@ frmSettings_GetNumber::frmSettings_GetNumber(UiServices * /*ui*/, QWidget *paren
     , m_currentValue(new QLineEdit(this))
     , m_defaultValue(new QLineEdit(this))
     , m_newValue(new QLineEdit(this))
+    , m_heading(makeSettingHeading(*this))
+    , m_reading(nullptr)
     , m_hint(new QLabel(this))
     , m_ok(new QPushButton(QStringLiteral("OK"), this))
     , m_cancel(new QPushButton(QStringLiteral("Cancel"), this))
@@ -27,10 +29,9 @@ frmSettings_GetNumber::frmSettings_GetNumber(UiServices * /*ui*/, QWidget *paren
     m_hint->setObjectName(QStringLiteral("lblHint"));
 
     // Shown for reference only; still selectable so the operator can copy a value.
-    for (QLineEdit *shown : {m_currentValue, m_defaultValue}) {
-        shown->setReadOnly(true);
-        shown->setFocusPolicy(Qt::ClickFocus);
-    }
+    for (QLineEdit *shown : {m_currentValue, m_defaultValue})
+        showAsReadOnly(*shown);
+    m_reading = makeReadingLabel(*m_newValue, kNoReading);
     m_hint->setVisible(false);
     m_hint->setWordWrap(true);
 
@@ -38,9 +39,11 @@ frmSettings_GetNumber::frmSettings_GetNumber(UiServices * /*ui*/, QWidget *paren
     form->addRow(QStringLiteral("Current Value:"), m_currentValue);
     form->addRow(QStringLiteral("Default Value:"), m_defaultValue);
     form->addRow(QStringLiteral("New Value:"), m_newValue);
+    form->addRow(QString(), m_reading);
     form->addRow(QString(), m_hint);
 
     auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_heading);
     layout->addLayout(form);
     layout->addLayout(dialogButtonRow(*this, m_ok, m_cancel));
     connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
@@ -78,6 +81,12 @@ QString frmSettings_GetNumber::NewValue() const
 void frmSettings_GetNumber::setNewValue(const QString &text)
 {
     m_newValue->setText(text);
+}
+
+void frmSettings_GetNumber::setSetting(const QString &name, const QString &unit, int dataType)
+{
+    setSettingHeading(*m_heading, name, unit);
+    setReadingType(*m_reading, dataType);
 }
 
 void frmSettings_GetNumber::setHint(const QString &text)

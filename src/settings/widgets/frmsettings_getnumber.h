@@ -29,6 +29,9 @@ public:
     void setNewValue(const QString &text);
     // A hint below the entry, e.g. the recommended range; hidden when empty.
     void setHint(const QString &text);
+    // Names the setting (and its unit) in the dialog's first line and, for a number setting,
+    // shows under the entry how it reads while the operator types.
+    void setSetting(const QString &name, const QString &unit, int dataType);
 
     QLineEdit *txtNewValue() const { return m_newValue; }
     QPushButton *cmdOK() const { return m_ok; }
@@ -38,6 +41,8 @@ private:
     QLineEdit *m_currentValue;
     QLineEdit *m_defaultValue;
     QLineEdit *m_newValue;
+    QLabel *m_heading;
+    QLabel *m_reading;
     QLabel *m_hint;
     QPushButton *m_ok;
     QPushButton *m_cancel;

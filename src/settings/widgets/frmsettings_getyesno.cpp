@@ -4,6 +4,7 @@
 
 #include <QButtonGroup>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QVBoxLayout>
@@ -15,6 +16,8 @@ frmSettings_GetYesNo::frmSettings_GetYesNo(UiServices * /*ui*/, QWidget *parent)
     , m_false(new QRadioButton(QStringLiteral("No"), this))
     , m_true(new QRadioButton(QStringLiteral("Yes"), this))
     , m_ok(new QPushButton(QStringLiteral("OK"), this))
+    , m_cancel(new QPushButton(QStringLiteral("Cancel"), this))
+    , m_heading(makeSettingHeading(*this))
 {
     setUpValueDialog(*this, QStringLiteral("frmSettings_GetYesNo"));
     m_false->setObjectName(QStringLiteral("optFalse"));
@@ -30,8 +33,9 @@ frmSettings_GetYesNo::frmSettings_GetYesNo(UiServices * /*ui*/, QWidget *parent)
     options->addWidget(m_true);
     options->addStretch();
     auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_heading);
     layout->addLayout(options);
-    layout->addLayout(dialogButtonRow(*this, m_ok));
+    layout->addLayout(dialogButtonRow(*this, m_ok, m_cancel));
     connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
     connect(m_false, &QRadioButton::toggled, this, &frmSettings_GetYesNo::updateOk);
     connect(m_true, &QRadioButton::toggled, this, &frmSettings_GetYesNo::updateOk);
@@ -44,6 +48,11 @@ void frmSettings_GetYesNo::SetCaptions(const QString &falseCaption, const QStrin
     m_false->setText(falseCaption);
     m_true->setText(trueCaption);
     updateOk();
+}
+
+void frmSettings_GetYesNo::setSetting(const QString &name)
+{
+    setSettingHeading(*m_heading, name);
 }
 
 void frmSettings_GetYesNo::setCurrentValue(std::optional<bool> value)

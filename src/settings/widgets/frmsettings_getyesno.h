@@ -7,6 +7,7 @@
 
 #include <optional>
 
+class QLabel;
 class QPushButton;
 class QRadioButton;
 
@@ -23,6 +24,8 @@ public:
     explicit frmSettings_GetYesNo(UiServices *ui = nullptr, QWidget *parent = nullptr);
 
     void SetCaptions(const QString &falseCaption, const QString &trueCaption);
+    // Names the setting in the dialog's first line.
+    void setSetting(const QString &name);
     // Preselects the setting's present state; nothing is chosen while it is unknown.
     void setCurrentValue(std::optional<bool> value);
     std::optional<bool> NewValue() const;
@@ -30,6 +33,7 @@ public:
     QRadioButton *optFalse() const { return m_false; }
     QRadioButton *optTrue() const { return m_true; }
     QPushButton *cmdOK() const { return m_ok; }
+    QPushButton *cmdCancel() const { return m_cancel; }
 
     void done(int result) override;
 
@@ -39,6 +43,8 @@ private:
     QRadioButton *m_false;
     QRadioButton *m_true;
     QPushButton *m_ok;
+    QPushButton *m_cancel;
+    QLabel *m_heading;
     std::optional<bool> m_newValue;
 };
 

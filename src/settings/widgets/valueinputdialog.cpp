@@ -14,6 +14,7 @@ ValueInputDialog::ValueInputDialog(UiServices * /*ui*/, QWidget *parent)
     : QDialog(parent)
     , m_prompt(new QLabel(this))
     , m_value(new QLineEdit(this))
+    , m_reading(nullptr)
     , m_ok(new QPushButton(QStringLiteral("OK"), this))
     , m_cancel(new QPushButton(QStringLiteral("Cancel"), this))
 {
@@ -22,10 +23,12 @@ ValueInputDialog::ValueInputDialog(UiServices * /*ui*/, QWidget *parent)
     m_value->setObjectName(QStringLiteral("txtValue"));
     m_prompt->setWordWrap(true);
     m_prompt->setBuddy(m_value);
+    m_reading = makeReadingLabel(*m_value, 0);
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_prompt);
     layout->addWidget(m_value);
+    layout->addWidget(m_reading);
     layout->addLayout(dialogButtonRow(*this, m_ok, m_cancel));
     connect(m_ok, &QPushButton::clicked, this, &QDialog::accept);
     m_value->setFocus();
@@ -45,6 +48,11 @@ QString ValueInputDialog::prompt() const
 QString ValueInputDialog::value() const
 {
     return m_value->text();
+}
+
+void ValueInputDialog::setReadingType(int dataType)
+{
+    olvex::setReadingType(*m_reading, dataType);
 }
 
 void ValueInputDialog::setValue(const QString &text)

@@ -51,18 +51,5 @@ TEST(PlainTextWidths, AutoSizedColumnsFitTheirWidestText)
     }
 }
 
-TEST(PlainTextWidths, SumsMatchTheFontOnPlainText)
-{
-    PlainTextWidths widths{QFont()};
-    for (const QString &text : QStringList{"", "0", "12345.678", "-9.5E-07", "Updating...",
-                                           "(Offline)", "AVAVAV", "To Yo", "WAVE"}) {
-        const std::optional<qreal> sum = widths.width(text);
-        ASSERT_TRUE(sum) << text.toStdString();
-        EXPECT_DOUBLE_EQ(*sum, widths.exactWidth(text)) << text.toStdString();
-    }
-    EXPECT_FALSE(widths.width(u"Grüße"));
-    EXPECT_FALSE(widths.width(u"tab\there"));
-}
-
 } // namespace
 } // namespace olvex

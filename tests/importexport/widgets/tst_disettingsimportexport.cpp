@@ -79,7 +79,7 @@ protected:
     DISettingsImportExport panel{&ui};
 };
 
-TEST_F(PanelTest, ControlsSayWhyTheyAreDisabled)
+TEST_F(PanelTest, ControlsSayWhyTheyAreDisabledAndFileChoosersFillTheirBoxes)
 {
     EXPECT_EQ(child<QCheckBox>("chkOpenExportedFile")->text(), "Open file after saving");
     EXPECT_EQ(box("txtExportFile")->text(),
@@ -103,12 +103,10 @@ TEST_F(PanelTest, ControlsSayWhyTheyAreDisabled)
     box("txtImportFile")->setText("x.csv");
     EXPECT_TRUE(child<QPushButton>("cmdImport")->isEnabled());
     EXPECT_TRUE(child<QPushButton>("cmdPreviewImport")->isEnabled());
-}
 
-TEST_F(PanelTest, FileChoosers)
-{
+    // The file choosers: a cancelled one leaves the box as it was.
     const QString proposed = box("txtExportFile")->text();
-    click("cmdGetExportFilename"); // cancelled: the name stays
+    click("cmdGetExportFilename");
     EXPECT_EQ(box("txtExportFile")->text(), proposed);
     ui.queueSaveFileName(dir.filePath("out.csv"));
     click("cmdGetExportFilename");
@@ -132,7 +130,9 @@ TEST_F(PanelTest, ExportMessages)
 {
     const QString exported = "Exported 2 settings to '" + file("out.csv") + "'.";
     const QString retry = " You may need to retry in 30 seconds.";
-    box("txtExportFile")->setText(file("out.csv"));
+    // Chosen in the Save As dialog, whose own question covers replacing it.
+    ui.queueSaveFileName(dir.filePath("out.csv"));
+    click("cmdGetExportFilename");
     EXPECT_EQ(click("cmdExport"), Box(kInformation, exported));
     data->parameter(100000002)->setCurrentValue(Value::null());
     EXPECT_EQ(click("cmdExport"),
@@ -141,7 +141,8 @@ TEST_F(PanelTest, ExportMessages)
     EXPECT_EQ(click("cmdExport"),
               Box(kInformation, exported + "\n\nAll settings have a Null or zero value." + retry));
     data->setFailure(FakeDataInterface::Op::GetPidsOfTypes, Error(5, "Offline"));
-    EXPECT_EQ(click("cmdExport"), Box(kExclamation, texts::exportFailed()));
+    EXPECT_EQ(click("cmdExport"),
+              Box(kExclamation, texts::exportFailed("'" + file("out.csv") + "': Offline")));
     EXPECT_EQ(log->texts(), QStringList{"Cannot export settings. Error 5, Offline [CSET-0058]"});
     EXPECT_TRUE(ui.openedFiles().isEmpty());
 
@@ -185,15 +186,16 @@ TEST_F(PanelTest, PreviewListsAndImportsOnlyWhenAccepted)
     QString refusal;
     ui.queueModal([&](QDialog &dialog) {
         auto &preview = dynamic_cast<ImportPreviewDialog &>(dialog);
-        EXPECT_EQ(preview.changesList()->topLevelItemCount(), 1);
+        const QTreeWidgetItem *changes = preview.section(texts::PreviewSort::Change);
+        EXPECT_EQ(changes->childCount(), 1);
         for (const int column : {1, 3, 4})
-            change.append(preview.changesList()->topLevelItem(0)->text(column));
-        refusal = preview.refusalsList()->topLevelItem(0)->text(1);
+            change.append(changes->child(0)->text(column));
+        refusal = preview.section(texts::PreviewSort::Fail)->child(0)->text(5);
         return int(QDialog::Rejected);
     });
     EXPECT_EQ(click("cmdPreviewImport"), Box());
     EXPECT_EQ(change, (QStringList{"1-000-0-00-01", "12.5", "13"}));
-    EXPECT_TRUE(refusal.startsWith("[CSET-0070] ")) << refusal.toStdString();
+    EXPECT_TRUE(refusal.startsWith("would fail: [CSET-0070] ")) << refusal.toStdString();
     EXPECT_EQ(writesTo(100000001), 0);
     EXPECT_TRUE(log->isEmpty());
 
@@ -207,7 +209,8 @@ TEST_F(PanelTest, CancelledExportKeepsTheOldFile)
     for (int i = 0; i < 600; ++i)
         data->addSetting(200000000 + (i / 100) * 100000 + i % 100, "s", 1, Value(i));
     writeBytes(file("out.csv"), "old\r\n");
-    box("txtExportFile")->setText(file("out.csv"));
+    ui.queueSaveFileName(dir.filePath("out.csv"));
+    click("cmdGetExportFilename");
     panel.setProgressThreshold(100);
     // The user presses Cancel as soon as the progress dialog shows.
     QTimer::singleShot(0, &panel, [&] {

@@ -41,22 +41,19 @@ TEST_F(ViewTest, SetupBuildsTheTreeAndShowsTheFirstGroup)
     EXPECT_TRUE(editor->cmdChangeToDefault()->isEnabled());
 }
 
-TEST_F(ViewTest, AFlatTreeLooksLikeAList)
+// A second Setup may bring another site: nothing of the first may stay on screen. A flat tree
+// looks like a list; an empty one selects and fills nothing.
+TEST_F(ViewTest, ASecondSetupShowsOnlyTheNewSite)
 {
+    open(kLimits);
+    ASSERT_GT(editor->lsvSettings()->rowCount(), 0);
     freshSite(false);
     group(kLimits, "Limits", 1, 0, {});
     group(kSwitches, "Switches", 2, 0, {});
     setup();
     EXPECT_FALSE(editor->tvwGroups()->rootIsDecorated());
-}
+    EXPECT_EQ(editor->tvwGroups()->topLevelItemCount(), 2);
 
-// Also a second Setup on another site: nothing of the first site may stay on screen.
-TEST_F(ViewTest, AnEmptyTreeSelectsAndFillsNothing)
-{
-    setup();
-    ASSERT_GT(editor->tvwGroups()->topLevelItemCount(), 0);
-    showGroup(kLimits);
-    ASSERT_GT(editor->lsvSettings()->rowCount(), 0);
     freshSite(false);
     di->addSetting(kSpan, QStringLiteral("Span gas"), SettingType::Number, Value(1));
     setup(true);
@@ -109,8 +106,13 @@ TEST_F(ViewTest, MembersThatAreNoArrayShowAnEmptyList)
     }
 }
 
-TEST_F(ViewTest, AnAlarmGroupShowsTheAlarmViewWithNothingSelected)
+// An undefined member of an alarm group lands in the hidden settings list, where the first-row
+// rule selects it: no alarm row is selected and the alarm button stays off until the operator
+// selects one.
+TEST_F(ViewTest, AnAlarmGroupShowsTheAlarmViewWithNoAlarmSelected)
 {
+    group(kAlarms, "Alarms", 3, 0, {kSO2Alarm, kNOxAlarm, kUndefined}, true);
+    di->parameter(kNOxAlarm)->setAttributeValue(SettingAttr::Level, 60);
     open(kAlarms);
     EXPECT_TRUE(editor->fraSettings()->isHidden());
     EXPECT_FALSE(editor->fraAlarmSettings()->isHidden());
@@ -118,26 +120,14 @@ TEST_F(ViewTest, AnAlarmGroupShowsTheAlarmViewWithNothingSelected)
     ASSERT_EQ(alarms->rowCount(), 2);
     EXPECT_EQ(rowTexts(alarms->row(0)), (QStringList{"SO2 alarm", "100", "90", "10", ""}));
     EXPECT_EQ(ReportList::smallIcon(alarms->row(0)), 4);
+    EXPECT_EQ(ReportList::smallIcon(alarms->row(1)), 5);
+    ASSERT_EQ(editor->lsvSettings()->rowCount(), 1);
+    EXPECT_EQ(editor->lsvSettings()->selectedRow(), editor->lsvSettings()->row(0));
     EXPECT_EQ(alarms->selectedRow(), nullptr);
-    EXPECT_FALSE(editor->cmdChange()->isEnabled());
     EXPECT_FALSE(editor->cmdChangeAlarm()->isEnabled());
     EXPECT_EQ(editor->cmdChangeAlarm()->toolTip(), QStringLiteral("Select an alarm first."));
     selectAlarm(kNOxAlarm);
     EXPECT_TRUE(editor->cmdChangeAlarm()->isEnabled());
-}
-
-TEST_F(ViewTest, AnUndefinedMemberOfAnAlarmGroupIsSelectedInTheHiddenSettingsList)
-{
-    group(kAlarms, "Alarms", 3, 0, {kSO2Alarm, kUndefined}, true);
-    di->parameter(kSO2Alarm)->setAttributeValue(SettingAttr::Level, 60);
-    open(kAlarms);
-    EXPECT_EQ(ReportList::smallIcon(editor->lsvAlarmSettings()->row(0)), 5);
-    // The first-row rule looks at the settings list: the undefined member's row is selected
-    // there, no alarm row is, and the alarm button stays off.
-    ASSERT_EQ(editor->lsvSettings()->rowCount(), 1);
-    EXPECT_EQ(editor->lsvSettings()->selectedRow(), editor->lsvSettings()->row(0));
-    EXPECT_EQ(editor->lsvAlarmSettings()->selectedRow(), nullptr);
-    EXPECT_FALSE(editor->cmdChangeAlarm()->isEnabled());
 }
 
 TEST_F(ViewTest, CaptionOfChangeFollowsTheDataTypeAndIcon)

@@ -111,19 +111,6 @@ TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
     }
 }
 
-TEST(QtUiServices, RunModalReturnsTheDialogsResult)
-{
-    QtUiServices ui;
-    QDialog dialog;
-    const int result = withModal([&] { return ui.runModal(dialog); },
-                                 [](QWidget *modal) {
-                                     if (auto *d = qobject_cast<QDialog *>(modal)) {
-                                         d->accept();
-                                     }
-                                 });
-    EXPECT_EQ(result, QDialog::Accepted);
-}
-
 TEST(QtUiServices, FileFilterConversion)
 {
     struct Case
