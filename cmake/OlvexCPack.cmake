@@ -32,6 +32,8 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Olvex Settings shared libraries")
 set(CPACK_COMPONENT_DEV_DESCRIPTION "Olvex Settings headers and CMake package")
 set(CPACK_COMPONENT_DESIGNER_DESCRIPTION "Olvex Settings components for Qt Designer")
 set(CPACK_COMPONENT_PROGRAMS_DESCRIPTION "Olvex operator window, service and command line")
+# Each package depends on the packages of the components it needs, at the same version.
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_DESIGNER_DEPENDS runtime)
 # The headers include Qt's and Boost's.

@@ -68,7 +68,7 @@ ParameterPtr MemorySite::GetPid(qint32 pid, bool) const
 {
     const auto found = m_parameters.constFind(pid);
     if (found == m_parameters.constEnd()) {
-        throw Error(kInternalError, u"No parameter " + QString::number(pid));
+        throw Error(kInternalError, QStringLiteral("No parameter %1").arg(pid));
     }
     return *found;
 }
@@ -82,12 +82,25 @@ void MemorySite::PostMessageRecord(QString &errorText, const QString &siteId,
                                    const QString &recordType, const QString &text, const QString &,
                                    const QString &, const QString &sourceCode, bool &ok)
 {
-    m_posted.append(siteId + u' ' + recordType + u' ' + sourceCode + u' ' + text);
+    m_posted.append(QStringList{siteId, recordType, sourceCode, text}.join(QLatin1Char(' ')));
     errorText.clear();
     ok = true;
 }
 
 namespace {
+
+class TextItem : public CurrentDataItem
+{
+public:
+    explicit TextItem(QString text)
+        : m_text(std::move(text))
+    {}
+    QString Text() const override { return m_text; }
+    int Status() const override { return 0; }
+
+private:
+    QString m_text;
+};
 
 class TimerInterval : public Interval
 {
@@ -115,10 +128,69 @@ IntervalPtr MemorySite::CreateInterval(const IntervalSpec &spec)
     return std::make_shared<TimerInterval>(spec);
 }
 
+std::shared_ptr<CurrentDataItem> MemorySite::GetCurrentDataItem(qint32 pid, const QString &)
+{
+    const auto found = m_parameters.constFind(pid);
+    if (found == m_parameters.constEnd()
+        || (*found)->ParameterType() != ParameterTypes::Calibration) {
+        return nullptr;
+    }
+    return std::make_shared<TextItem>((*found)->GetCurrentValue().Value.toText());
+}
+
 void StderrLog::LogMessage(int severity, const QString &text)
 {
     QTextStream(stderr) << "log " << severity << ": " << text << '\n';
 }
+
+namespace {
+
+// The record the data acquisition service keeps in a calibration parameter's value: its
+// calibration start settings, what the plant supports and the service's status texts.
+QString calStartRecord(const QString &enableChannel, const QString &startChannel,
+                       const QString &startTime, bool pending)
+{
+    const QString stampFormat = QStringLiteral("yyyy/MM/dd hh:mm AP");
+    const QDateTime scheduled = QDateTime::currentDateTime().addSecs(10 * 60);
+    const QList<std::pair<QString, QString>> elements{
+        {QStringLiteral("CalEnabled ioid=\"%1\"").arg(enableChannel), QStringLiteral("1")},
+        {QStringLiteral("CalStartTimeUser"), startTime},
+        {QStringLiteral("SkipIfOffline"), QStringLiteral("1")},
+        {QStringLiteral("CalDelayMinutes"), QStringLiteral("30")},
+        {QStringLiteral("CalAfterStartup"), QStringLiteral("1")},
+        {QStringLiteral("CalEvery26OpHours"), QStringLiteral("1")},
+        {QStringLiteral("CalConfirmEnabled"), QStringLiteral("1")},
+        {QStringLiteral("CalConfirmTimeout"), QStringLiteral("30")},
+        {QStringLiteral("CalConfirmDefaultConfirm"), QStringLiteral("1")},
+        {QStringLiteral("NormalOpSupported"), QStringLiteral("1")},
+        {QStringLiteral("CanDetermineOpHours"), QStringLiteral("1")},
+        {QStringLiteral("CalConfirmSupported"), QStringLiteral("1")},
+        {QStringLiteral("ManualCalStartSupported ioid=\"%1\"").arg(startChannel),
+         QStringLiteral("1")},
+        {QStringLiteral("UserFriendlyStatus"),
+         pending ? QStringLiteral("Daily cal check waiting for operator confirmation")
+                 : QStringLiteral("Idle; next daily cal check at %1").arg(startTime)},
+        {QStringLiteral("OpHoursSinceOnlineCal"), QStringLiteral("14")},
+        {QStringLiteral("OpHoursStatusString"),
+         QStringLiteral("14 unit operating hours have passed since the most recent online cal "
+                        "check.")},
+        {QStringLiteral("CalConfirmPending"), pending ? QStringLiteral("1") : QStringLiteral("0")},
+        {QStringLiteral("CalConfirmPendingCalType"),
+         pending ? QStringLiteral("Daily calibration") : QString()},
+        {QStringLiteral("CalConfirmScheduledStartTime"),
+         pending ? scheduled.toString(stampFormat) : QString()},
+        {QStringLiteral("CalConfirmExpirationTime"),
+         pending ? scheduled.addSecs(30 * 60).toString(stampFormat) : QString()},
+    };
+    QString record = QStringLiteral("<XValue><CalStart>");
+    for (const auto &[element, text] : elements) {
+        const QString name = element.section(QLatin1Char(' '), 0, 0);
+        record += QStringLiteral("<%1>%2</%3>").arg(element, text.toHtmlEscaped(), name);
+    }
+    return record + QStringLiteral("</CalStart></XValue>");
+}
+
+} // namespace
 
 std::shared_ptr<MemorySite> makeDemoSite()
 {
@@ -171,5 +243,47 @@ std::shared_ptr<MemorySite> makeDemoSite()
     };
     group(kStackGroup, QStringLiteral("Stack"), 1, false, stackSettings);
     group(kAlarmGroup, QStringLiteral("Alarms"), 2, true, {kOpacityAlarm});
+
+    // Calibration parameters name the channels that enable them and start them by hand.
+    site->addChannel(12, 1);
+    site->addChannel(21, 1);
+    site->addChannel(17, 1);
+    site->addChannel(23, 1);
+    const auto calibration = [&](qint32 pid, const QString &name, const QString &record) {
+        site->add(pid, name, ParameterTypes::Calibration, record)
+            ->SetAttribute(CalibrationAttr::SupportsConfirmation, true);
+    };
+    calibration(101301, QStringLiteral("SO2/NOx Cal"),
+                calStartRecord(QStringLiteral("C12"), QStringLiteral("C21"),
+                               QStringLiteral("06:50"), true));
+    calibration(101302, QStringLiteral("CO2/O2 Cal"),
+                calStartRecord(QStringLiteral("C17"), QStringLiteral("C23"),
+                               QStringLiteral("07:30"), false));
+
+    // A gas cylinder and the settings that hold its certified gas values.
+    constexpr qint32 kCylinder = 201701;
+    const QList<std::tuple<qint32, QString, double, QString>> gases{
+        {201401, QStringLiteral("SO2"), 450.5, QStringLiteral("ppm")},
+        {201402, QStringLiteral("NO"), 250.0, QStringLiteral("ppm")},
+        {201403, QStringLiteral("CO2"), 12.0, QStringLiteral("%")}};
+    QStringList entries;
+    QList<Value> gasPids;
+    for (const auto &[pid, code, value, units] : gases) {
+        setting(pid, QStringLiteral("Cylinder A ") + code, SettingType::Number, value, Value());
+        site->setUnits(pid, units);
+        entries.append(QStringList{code, QString::number(value), units}.join(QLatin1Char(',')));
+        gasPids.append(Value(pid));
+    }
+    const auto cylinder = site->add(kCylinder, QStringLiteral("Cylinder A (SO2/NO/CO2 high)"),
+                                    ParameterTypes::GasCylinder, QStringLiteral("CC412233"));
+    cylinder->SetAttribute(CylinderAttr::CylinderId, QStringLiteral("CC412233"));
+    cylinder->SetAttribute(CylinderAttr::Expiration,
+                           QDateTime(QDate::currentDate().addDays(410), QTime(0, 0)));
+    cylinder->SetAttribute(CylinderAttr::VendorId, QStringLiteral("B22014"));
+    cylinder->SetAttribute(CylinderAttr::GasCodes, QStringLiteral("SO2,NO,CO2,BALN"));
+    cylinder->SetAttribute(CylinderAttr::Pressure, 1850);
+    cylinder->SetAttribute(CylinderAttr::PressureUnit, QStringLiteral("psig"));
+    cylinder->SetAttribute(CylinderAttr::ComponentGases, entries.join(QLatin1Char(';')));
+    cylinder->SetAttribute(CylinderAttr::GasPids, Value(gasPids));
     return site;
 }

@@ -42,11 +42,15 @@ class MemorySite : public olvex::DataInterface,
                    public olvex::User,
                    public olvex::MessageRecords,
                    public olvex::ClockLibrary,
+                   public olvex::CurrentDataReader,
                    public std::enable_shared_from_this<MemorySite>
 {
 public:
     std::shared_ptr<MemoryParameter> add(qint32 pid, const QString &name, int type,
                                          const olvex::Value &value = {});
+    void setUnits(qint32 pid, const QString &units) { m_units.insert(pid, units); }
+    // kind: 1 a channel of the plant's I/O system (see DataInterface::GetChannelKind).
+    void addChannel(int channel, int kind) { m_channels.insert(channel, kind); }
     QStringList postedRecords() const { return m_posted; }
 
     // DataInterface
@@ -63,7 +67,7 @@ public:
     {
         return shared_from_this();
     }
-    int GetChannelKind(int) override { return 0; }
+    int GetChannelKind(int channel) override { return m_channels.value(channel, 0); }
     std::shared_ptr<olvex::MessageLog> MessageLog() override { return nullptr; }
     bool AlternativeState() const override { return false; }
 
@@ -85,10 +89,16 @@ public:
     QDateTime Now() const override { return QDateTime::currentDateTime(); }
     olvex::IntervalPtr CreateInterval(const olvex::IntervalSpec &spec) override;
 
+    // CurrentDataReader: the realtime data of a calibration parameter is its record, as the
+    // data acquisition service last wrote it.
+    std::shared_ptr<olvex::CurrentDataItem> GetCurrentDataItem(qint32 pid,
+                                                               const QString &key) override;
+
 private:
     QList<qint32> m_order;
     QHash<qint32, std::shared_ptr<MemoryParameter>> m_parameters;
     QHash<qint32, QString> m_units;
+    QHash<int, int> m_channels;
     QStringList m_posted;
 };
 
@@ -109,5 +119,6 @@ public:
     void LogMessage(int severity, const QString &text) override;
 };
 
-// The demonstration data set: a settings group, an alarm group and their parameters.
+// The demonstration data set: a settings group and an alarm group with their settings, two
+// calibration parameters (one waiting for the operator's confirmation) and a gas cylinder.
 std::shared_ptr<MemorySite> makeDemoSite();

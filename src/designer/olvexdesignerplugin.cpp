@@ -1,5 +1,9 @@
 #include "olvexdesignerplugin.h"
 
+#include "calconfirm/widgets/dicalconfirm.h"
+#include "calconfirm/widgets/dicalconfirmsingle.h"
+#include "calstart/widgets/dicalstart.h"
+#include "cylinders/widgets/disysdefcylinders.h"
 #include "importexport/widgets/disettingsimportexport.h"
 #include "settings/widgets/disettings.h"
 
@@ -38,6 +42,30 @@ const ComponentEntry kComponents[] = {
      "Settings import and export: every setting to a CSV file and back", "IE", 0xff2e7d32,
      [](QWidget *parent) -> QWidget * {
          return new DISettingsImportExport(nullptr, parent);
+     }},
+    {"DICalStart", "calstart/widgets/dicalstart.h",
+     "Calibration start: daily, startup and operating-hour checks, manual start and abort", "CS",
+     0xffb45309,
+     [](QWidget *parent) -> QWidget * {
+         return new DICalStart(nullptr, parent);
+     }},
+    {"DISysDefCylinders", "cylinders/widgets/disysdefcylinders.h",
+     "Calibration gas cylinders: expiration, gases and codes, with the cylinder edit dialog", "Cy",
+     0xff6a1b9a,
+     [](QWidget *parent) -> QWidget * {
+         return new DISysDefCylinders(nullptr, parent);
+     }},
+    {"DICalConfirm", "calconfirm/widgets/dicalconfirm.h",
+     "Calibration confirmation: the calibrations waiting for the operator to confirm or cancel",
+     "CC", 0xffc62828,
+     [](QWidget *parent) -> QWidget * {
+         return new DICalConfirm(parent);
+     }},
+    {"DICalConfirmSingle", "calconfirm/widgets/dicalconfirmsingle.h",
+     "One pending calibration: its reason, start time and deadline, with Confirm and Cancel", "C1",
+     0xffad1457,
+     [](QWidget *parent) -> QWidget * {
+         return new DICalConfirmSingle(parent);
      }},
 };
 

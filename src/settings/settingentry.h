@@ -78,7 +78,7 @@ struct EntryReading
     bool fits = true;
     QString text;
 };
-EntryReading readEntry(int dataType, const QString &entry);
+OLVEX_CORE_EXPORT EntryReading readEntry(int dataType, const QString &entry);
 
 // The answer of the access check shown to the operator.
 OLVEX_CORE_EXPORT QString accessDeniedText(const QString &userName);

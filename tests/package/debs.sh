@@ -21,7 +21,8 @@ done
 contains() {
     local package=$1; shift
     local listing
-    listing=$(dpkg-deb --contents "$(deb "$package")" | awk '{print $NF}')
+    # The path is the sixth field; a link's line goes on with " -> target".
+    listing=$(dpkg-deb --contents "$(deb "$package")" | awk '{print $6}')
     for pattern in "$@"; do
         grep -Eq "$pattern" <<<"$listing" || fail "$package holds nothing like $pattern"
     done

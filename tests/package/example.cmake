@@ -24,6 +24,24 @@ run(${CMAKE_COMMAND} -S ${SOURCE}/examples/minimal-host -B ${work}/build -G Ninj
     -DCMAKE_COMPILE_WARNING_AS_ERROR=ON)
 run(${CMAKE_COMMAND} --build ${work}/build)
 
+# Every installed header compiles in a host program's plain Qt, without the project's defines
+# (no QStringBuilder, Qt keywords on).
+file(GLOB_RECURSE headers RELATIVE ${work}/prefix/include/olvexsettings
+    ${work}/prefix/include/olvexsettings/*.h)
+list(TRANSFORM headers REPLACE "(.+)" "#include \"\\1\"\n")
+file(WRITE ${work}/headers/all.cpp ${headers})
+file(WRITE ${work}/headers/CMakeLists.txt [=[
+cmake_minimum_required(VERSION 3.25)
+project(AllHeaders LANGUAGES CXX)
+set(CMAKE_CXX_STANDARD 20)
+find_package(OlvexSettings 0.2 REQUIRED COMPONENTS Widgets)
+add_library(all_headers OBJECT all.cpp)
+target_link_libraries(all_headers PRIVATE OlvexSettings::Widgets)
+]=])
+run(${CMAKE_COMMAND} -S ${work}/headers -B ${work}/headers/build -G Ninja
+    -DCMAKE_PREFIX_PATH=${work}/prefix ${launcher} -DCMAKE_COMPILE_WARNING_AS_ERROR=ON)
+run(${CMAKE_COMMAND} --build ${work}/headers/build)
+
 # The example must use the installed library, not one of the build tree.
 run(ldd ${work}/build/minimal-host)
 if(NOT output MATCHES "libolvexsettings-widgets\\.so\\.0 => ${work}/prefix/")
@@ -36,7 +54,7 @@ message(STATUS "${output}")
 set(expectations "saved ")
 foreach(entry IN LISTS COMPONENTS)
     if(NOT entry MATCHES "\\.h$")
-        list(APPEND expectations "placed olvex::${entry}\n")
+        list(APPEND expectations "shows olvex::${entry}\n")
     endif()
 endforeach()
 foreach(expected IN LISTS expectations)
