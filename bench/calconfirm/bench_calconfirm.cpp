@@ -45,7 +45,9 @@ public:
     explicit Item(QString text)
         : m_text(std::move(text))
     {}
-    QString Text() const override { return m_text; }
+    // A fresh copy each time, as a host reading its store returns: nothing is recognised by
+    // sharing the same string.
+    QString Text() const override { return QString(m_text.constData(), m_text.size()); }
     int Status() const override { return 0; }
 
 private:

@@ -35,23 +35,29 @@ QString pendingCalMessage(const QString &prefix, const QString &pidText, const Q
 
 } // namespace
 
-// The document and its CalStart element; both null when either is missing.
-static std::pair<XmlDocument, XmlNode> loadCalStart(MessageLog *log, CurrentDataReader &reader,
-                                                    qint32 pid)
+std::optional<QString> GetCalConfirmText(MessageLog *log, CurrentDataReader &reader, qint32 pid)
 {
     const std::shared_ptr<CurrentDataItem> item
         = reader.GetCurrentDataItem(pid, QStringLiteral("1m"));
     if (!item) {
-        return {};
+        return std::nullopt;
     }
-    const QString text = item->Text().trimmed();
+    QString text = item->Text().trimmed();
     if (text.isEmpty()) {
         if (item->Status() == kStatusExpired) {
             logError(log, u"CSET-0084: Realtime data expired; Cannot confirm/cancel cal ("
                               + FormatPid(pid) + u')');
         }
-        return {};
+        return std::nullopt;
     }
+    return text;
+}
+
+namespace {
+
+// The document and its CalStart element; both null when either is missing.
+std::pair<XmlDocument, XmlNode> loadCalStart(MessageLog *log, const QString &text, qint32 pid)
+{
     XmlDocument document = LoadXmlDocument(log, text);
     if (!document) {
         return {};
@@ -65,14 +71,23 @@ static std::pair<XmlDocument, XmlNode> loadCalStart(MessageLog *log, CurrentData
     return {std::move(document), std::move(calStart)};
 }
 
+} // namespace
+
+XmlNode CalConfirmNodeOfText(MessageLog *log, const QString &text, qint32 pid)
+{
+    return loadCalStart(log, text, pid).second;
+}
+
 XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentDataReader &reader, qint32 pid)
 {
-    return loadCalStart(log, reader, pid).first;
+    const std::optional<QString> text = GetCalConfirmText(log, reader, pid);
+    return text ? loadCalStart(log, *text, pid).first : XmlDocument();
 }
 
 XmlNode GetCalConfirmNode(MessageLog *log, CurrentDataReader &reader, qint32 pid)
 {
-    return loadCalStart(log, reader, pid).second;
+    const std::optional<QString> text = GetCalConfirmText(log, reader, pid);
+    return text ? CalConfirmNodeOfText(log, *text, pid) : XmlNode();
 }
 
 QString CalPendingPromptActionText(DataInterface &dataInterface, qint32 pid, bool confirm,

@@ -9,7 +9,9 @@
 #include "common/xml.h"
 
 #include <QString>
+
 #include <QtGlobal>
+#include <optional>
 
 namespace olvex {
 
@@ -27,6 +29,11 @@ OLVEX_CORE_EXPORT XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentData
                                                     qint32 pid);
 // The same, giving the document's CalStart element (which keeps its document alive).
 OLVEX_CORE_EXPORT XmlNode GetCalConfirmNode(MessageLog *log, CurrentDataReader &reader, qint32 pid);
+// The two halves of it: the item's trimmed text (nullopt without an item or with an empty text,
+// CSET-0084 logged when the data has expired), and the CalStart element of such a text.
+OLVEX_CORE_EXPORT std::optional<QString> GetCalConfirmText(MessageLog *log,
+                                                           CurrentDataReader &reader, qint32 pid);
+OLVEX_CORE_EXPORT XmlNode CalConfirmNodeOfText(MessageLog *log, const QString &text, qint32 pid);
 
 // The text of the operator's answer: CR LF joined lines with CalConfirm and CalCancel items.
 OLVEX_CORE_EXPORT QString CalPendingPromptActionText(DataInterface &dataInterface, qint32 pid,

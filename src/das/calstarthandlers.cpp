@@ -3,6 +3,7 @@
 #include "calstart/calstartcommands.h"
 #include "calstart/calstartrecord.h"
 #include "common/pid.h"
+#include "common/value.h"
 #include "common/vocabulary.h"
 #include "das/calcheckrunner.h"
 #include "das/calrecord.h"
@@ -125,8 +126,12 @@ CommandOutcome changeCalStartSettings(CommandContext &context, CalCheckRunner &r
                                       + u" has no calibration start record");
     }
     QString after = editCalStartElements(before, edits);
-    // An idle parameter's status names the next daily check, which may just have moved.
-    if (!runner.running(context.store, *pid)) {
+    // An idle parameter's status names the next daily check, which may just have moved; a
+    // running check or a prompt waiting for the operator keeps the status line.
+    const bool pending
+        = Value(calStartElement(after, QStringLiteral("CalConfirmPending")).value_or(QString()))
+              .isTrue();
+    if (!pending && !runner.running(context.store, *pid)) {
         after = editCalStartElements(
             after, {{QStringLiteral("UserFriendlyStatus"), CalCheckRunner::idleStatus(after)}});
     }

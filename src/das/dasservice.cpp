@@ -201,8 +201,8 @@ int DasService::step(bool mayRetry)
         return groupFailed(group, error, mayRetry);
     }
 
-    // The queue was at least as long as the group: the next one may be twice the size.
-    m_groupLimit = group.claimed >= m_groupLimit ? std::min(m_groupLimit * 2, kMaxGroup) : 1;
+    // The queue was at least as long as the group: the next one may be larger.
+    m_groupLimit = group.claimed >= m_groupLimit ? std::min(m_groupLimit * 16, kMaxGroup) : 1;
     for (const auto &[severity, line] : std::as_const(group.lines)) {
         echo(severity, line);
     }

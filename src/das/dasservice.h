@@ -57,8 +57,9 @@ struct DasResult
 // command records in groups, carries each out against the store and records the results.
 //
 // A group is one item while the queue is short, so a single change lands at once; while the
-// queue stays long it grows, doubling step by step up to kMaxGroup, and shrinks back to one as
-// soon as a claim finds fewer items than it asked for. Within a group the value writes are
+// queue stays long it grows, sixteen times a step up to kMaxGroup (each step is a commit, and a
+// commit's flush costs more than thousands of rows), and shrinks back to one as soon as a claim
+// finds fewer items than it asked for. Within a group the value writes are
 // applied first, with a few statements for all of them, then the command records one by one in
 // queue order; an earlier write of the same setting is always finished before a later one is
 // claimed.
@@ -90,7 +91,7 @@ public:
     DasService &operator=(const DasService &) = delete;
 
     // The most items one step claims.
-    static constexpr int kMaxGroup = 4096;
+    static constexpr int kMaxGroup = 8192;
 
     // One step: claims the next group (value writes and command records take turns at being
     // claimed first) and carries it out. The number of items finished (done or failed); 0:

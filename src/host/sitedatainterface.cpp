@@ -1,6 +1,7 @@
 #include "host/sitedatainterface.h"
 
 #include "common/error.h"
+#include "host/audittrailread.h"
 #include "host/siteclock.h"
 #include "host/siteparameter.h"
 #include "host/siteservices.h"
@@ -173,6 +174,11 @@ std::shared_ptr<MessageLog> SiteDataInterface::MessageLog()
 bool SiteDataInterface::AlternativeState() const
 {
     return m_context->cache.alternativeState();
+}
+
+QList<AuditEntry> SiteDataInterface::ReadAuditTrail(qint32 pid, bool valuesOnly, int maxEntries)
+{
+    return readAuditTrail(*m_context->store, pid, valuesOnly, maxEntries);
 }
 
 } // namespace olvex

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/audittrail.h"
 #include "common/host.h"
 #include "host/sitecontext.h"
 
@@ -31,7 +32,7 @@ class SiteMessageLog;
 // cache that is checked against the site's revision at the start of each list fill, so a list
 // (GetPidsOfTypes, or a directory's GetPids) costs a few queries whatever its length; current
 // values are read again on demand.
-class SiteDataInterface final : public DataInterface
+class SiteDataInterface final : public DataInterface, public AuditTrail
 {
     Q_OBJECT
 public:
@@ -63,6 +64,7 @@ public:
     int GetChannelKind(int channel) override;
     std::shared_ptr<olvex::MessageLog> MessageLog() override;
     bool AlternativeState() const override;
+    QList<AuditEntry> ReadAuditTrail(qint32 pid, bool valuesOnly, int maxEntries) override;
 
     const std::shared_ptr<SiteStore> &store() const { return m_context->store; }
     const Actor &actor() const { return m_context->actor; }

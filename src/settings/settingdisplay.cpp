@@ -294,8 +294,9 @@ SettingRowState settingRowState(const Parameter &definition, bool alternativeSta
     } else if (!alternativeState && !readable) {
         state.valueText = changeable ? QStringLiteral("(Write-Only)") : QString();
     } else {
+        state.shownValue = definition.GetCurrentValue().Value;
         const FormattedValue formatted
-            = formatDefinitionValue(definition, definition.GetCurrentValue().Value, messageLog);
+            = formatDefinitionValue(definition, state.shownValue, messageLog);
         state.valueText = formatted.text;
         state.formatProblem = formatted.problem;
     }

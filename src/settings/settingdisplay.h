@@ -74,6 +74,8 @@ struct OLVEX_CORE_EXPORT SettingRowState
     QString valueText;
     // The coded line of a formatting error, to raise; empty when formatting went well.
     QString formatProblem;
+    // The current value shown in valueText; Empty when the row shows none (pending, write-only).
+    Value shownValue;
 };
 
 // Reads each attribute it needs once. Errors of the data interface propagate (the editor

@@ -70,10 +70,11 @@ struct CalConfirmSite
         di->setMessageLog(log);
         di->setUser(QStringLiteral("op&1"));
         di->setClientAddress(QStringLiteral("10.0.0.5"));
+        const Value yes(true);
         for (const auto &[pid, name] : {std::pair{kSO2Cal, QStringLiteral("SO2 Cal")},
                                         std::pair{kNOxCal, QStringLiteral("NOx Cal")}}) {
             di->addParameter(pid, ParameterTypes::Calibration, name)
-                ->setAttributeValue(CalibrationAttr::SupportsConfirmation, Value(true));
+                ->setAttributeValue(CalibrationAttr::SupportsConfirmation, yes);
             reader->set(pid, calRecord(false));
         }
     }

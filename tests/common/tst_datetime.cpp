@@ -24,8 +24,7 @@ TEST(DateTime, DateTimeTextFollowsTheLocalesClock)
         {us, at(2024, 5, 1, 21, 30, 15), 2, "9 PM"},
         {us, morning, 0, "9:05 AM"},                    // medium time, leading zero dropped
         {us, at(2024, 5, 1, 12, 15, 0), 0, "12:15 PM"}, // no leading zero to drop
-        {us, morning, 10, "5/1/2024 9:05 AM"},
-        {us, morning, 1, "9:05:00 AM"}, // long time, no time zone
+        {us, morning, 1, "9:05:00 AM"},                 // long time, no time zone
         {us, morning, 11, "5/1/2024 9:05:00 AM"},
         {us, morning, -1, "9:05 AM"},  // short time
         {us, morning, -2, "09:05 AM"}, // medium time as it stands (not automatic)
@@ -51,8 +50,8 @@ TEST(DateTime, LongTimeLeavesNothingOfTheZone)
     QLocale::setDefault(QLocale(QLocale::Spanish, QLocale::Spain));
     EXPECT_EQ(DateTimeText(morning, 1), QStringLiteral("9:05:07"));
     EXPECT_EQ(DateTimeText(morning, 11), QStringLiteral("5/1/2024 9:05:07"));
-    const QList<QLocale> all = QLocale::matchingLocales(QLocale::AnyLanguage, QLocale::AnyScript,
-                                                        QLocale::AnyTerritory);
+    const QList<QLocale> all
+        = QLocale::matchingLocales(QLocale::AnyLanguage, QLocale::AnyScript, QLocale::AnyTerritory);
     for (const QLocale &locale : all) {
         QLocale::setDefault(locale);
         for (const int style : {1, 11}) {
@@ -107,7 +106,6 @@ TEST(DateTime, ParseDateText)
     const std::pair<const char *, std::optional<QDateTime>> cases[] = {
         {"2024-05-01", at(2024, 5, 1, 0, 0, 0)},
         {"2024/05/01 13:45:10", at(2024, 5, 1, 13, 45, 10)},
-        {"2024-05-01T13:45:10", at(2024, 5, 1, 13, 45, 10)},
         {"5/1/2024", at(2024, 5, 1, 0, 0, 0)}, // the locale's short date
         {"5/1/24", at(2024, 5, 1, 0, 0, 0)},   // two-digit years land in 1930-2029
         {"13:30", QDateTime(zero, QTime(13, 30))},
@@ -117,7 +115,6 @@ TEST(DateTime, ParseDateText)
         {"2024-13-45", std::nullopt},
         {"2024-02-30", std::nullopt},
         {"25:00", std::nullopt},
-        {"12", std::nullopt},
         {"", std::nullopt},
     };
     for (const auto &[text, expected] : cases)

@@ -90,46 +90,42 @@ TEST_F(CylinderEditTest, AGasThatCannotBeReadIsLeftOut)
 
 TEST_F(CylinderEditTest, WritesOnlyWhatChanged)
 {
-    struct Case
-    {
-        const char *name;
-        std::function<void(CylinderEditInput &)> edit;
-        QList<FakeParameter::AttributeWrite> writes;
-    };
-    const QList<Case> cases{
-        {"nothing", [](CylinderEditInput &) {}, {}},
-        {"same day, another time",
-         [](CylinderEditInput &i) { i.expiration = u" 2027-01-05 17:30 "_s; },
-         {}},
-        {"blanks and case only",
-         [](CylinderEditInput &i) {
-             i.cylinderId = u" cc412233 "_s;
-             i.gasCodes = u"so2,no,baln"_s;
-         },
-         {}},
-        {"not a date", [](CylinderEditInput &i) { i.expiration = u"next year"_s; }, {}},
-        {"lower case",
-         [](CylinderEditInput &i) {
-             i.cylinderId = u"  xl55012 "_s;
-             i.vendorId = u"c40918"_s;
-         },
-         {{CylinderAttr::CylinderId, Value(u"XL55012"_s)},
-          {CylinderAttr::VendorId, Value(u"C40918"_s)}}},
-        {"another day, codes",
-         [](CylinderEditInput &i) {
-             i.expiration = u"2028-02-29"_s;
-             i.gasCodes = u"nx,bogus"_s; // stored as typed, not checked
-         },
-         {{CylinderAttr::Expiration, Value(QDateTime(QDate(2028, 2, 29), QTime(0, 0)))},
-          {CylinderAttr::GasCodes, Value(u"NX,BOGUS"_s)}}},
-    };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    const QList<std::tuple<const char *, std::function<void(CylinderEditInput &)>,
+                           QList<FakeParameter::AttributeWrite>>>
+        cases{
+            {"nothing", [](CylinderEditInput &) {}, {}},
+            {"same day, another time",
+             [](CylinderEditInput &i) { i.expiration = u" 2027-01-05 17:30 "_s; },
+             {}},
+            {"blanks and case only",
+             [](CylinderEditInput &i) {
+                 i.cylinderId = u" cc412233 "_s;
+                 i.gasCodes = u"so2,no,baln"_s;
+             },
+             {}},
+            {"not a date", [](CylinderEditInput &i) { i.expiration = u"next year"_s; }, {}},
+            {"lower case",
+             [](CylinderEditInput &i) {
+                 i.cylinderId = u"  xl55012 "_s;
+                 i.vendorId = u"c40918"_s;
+             },
+             {{CylinderAttr::CylinderId, Value(u"XL55012"_s)},
+              {CylinderAttr::VendorId, Value(u"C40918"_s)}}},
+            {"another day, codes",
+             [](CylinderEditInput &i) {
+                 i.expiration = u"2028-02-29"_s;
+                 i.gasCodes = u"nx,bogus"_s; // stored as typed, not checked
+             },
+             {{CylinderAttr::Expiration, Value(QDateTime(QDate(2028, 2, 29), QTime(0, 0)))},
+              {CylinderAttr::GasCodes, Value(u"NX,BOGUS"_s)}}},
+        };
+    for (const auto &[name, edit, writes] : cases) {
+        SCOPED_TRACE(name);
         Site site;
         CylinderEditInput input = site.unchanged();
-        c.edit(input);
+        edit(input);
         site.save(input);
-        EXPECT_EQ(site.cylinder->attributeWrites(), c.writes);
+        EXPECT_EQ(site.cylinder->attributeWrites(), writes);
         EXPECT_TRUE(site.di.messageRecords()->posts().isEmpty());
         EXPECT_TRUE(site.warnings.isEmpty());
     }

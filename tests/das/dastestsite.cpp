@@ -1,7 +1,11 @@
 #include "dastestsite.h"
 
 #include "common/pid.h"
+#include "das/calrecord.h"
+#include "das/dasservice.h"
 #include "host/sitebuilder.h"
+
+#include <algorithm>
 
 namespace olvex::test {
 
@@ -38,6 +42,29 @@ QList<qint64> queueWrites(SiteStore &store, const QList<std::pair<qint32, Value>
     }
     transaction.commit();
     return ids;
+}
+
+CommandRecord carryOut(SiteStore &store, DasService &service, const QString &recordType,
+                       const QString &text, const QString &sourceCode)
+{
+    const qint64 id
+        = CommandQueue(store).postCommand(store.siteId(), recordType, text, sourceCode, kOperator);
+    while (service.runOnce() > 0) {
+    }
+    return commandRecord(store, id);
+}
+
+CommandRecord commandRecord(SiteStore &store, qint64 id)
+{
+    const QList<CommandRecord> records = CommandQueue(store).commands();
+    const auto it = std::ranges::find(records, id, &CommandRecord::id);
+    return it == records.cend() ? CommandRecord() : *it;
+}
+
+QString calElement(SiteStore &store, qint32 calPid, const QString &name)
+{
+    return calStartElement(readCalRecord(store, calPid), name)
+        .value_or(QStringLiteral("<missing>"));
 }
 
 QString dasProgram()

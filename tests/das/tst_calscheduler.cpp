@@ -1,8 +1,10 @@
 // The service schedules calibration checks by itself, on its clock, on each backend: the daily
 // time (and its offline skip), the startup delay, the 26-operating-hour rule, the confirmation
 // hold with its deadline and default action, the operator's answers, and raised messages.
+#include "dastestsite.h"
 #include "host/testsite.h"
 
+#include "common/command.h"
 #include "common/pid.h"
 #include "das/calrecord.h"
 #include "das/dasservice.h"
@@ -21,7 +23,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const qint32 kCal = DemoPids::unit1SO2NOxCal(); // plant unit 1
-const Actor kOperator{u"operator"_s, u"WS-7"_s, u"10.0.0.7"_s};
 
 class CalSchedulerTest : public BackendTest
 {
@@ -57,16 +58,10 @@ protected:
         }
     }
     bool running() { return m_service->calChecks().running(*m_store, kCal).has_value(); }
-    QString element(const QString &name)
-    {
-        return calStartElement(readCalRecord(*m_store, kCal), name).value_or(u"<missing>"_s);
-    }
+    QString element(const QString &name) { return calElement(*m_store, kCal, name); }
     void post(const QString &text)
     {
-        CommandQueue(*m_store).postCommand(m_store->siteId(), u"Q1DRCOMMAND-CAL"_s, text,
-                                           u"CSET-0046"_s, kOperator);
-        while (m_service->runOnce() == 1) {
-        }
+        carryOut(*m_store, *m_service, RecordType::Calibration, text, u"CSET-0046"_s);
     }
     QString answer(bool confirm)
     {
@@ -83,23 +78,19 @@ protected:
 
 TEST_P(CalSchedulerTest, DailyTimeStartsACheckUnlessTheUnitIsOfflineAndSkips)
 {
-    struct Case
-    {
-        bool online;
-        bool skipIfOffline;
-        bool starts;
-    };
-    for (const Case &c :
-         {Case{true, true, true}, Case{false, true, false}, Case{false, false, true}}) {
-        SCOPED_TRACE(testing::Message() << c.online << c.skipIfOffline);
+    // The unit online, skip if offline, whether the check starts.
+    const std::tuple<bool, bool, bool> cases[]
+        = {{true, true, true}, {false, true, false}, {false, false, true}};
+    for (const auto &[online, skipIfOffline, starts] : cases) {
+        SCOPED_TRACE(testing::Message() << online << skipIfOffline);
         m_service->calChecks().abort(*m_store, kCal, kOperator);
-        plant(c.online);
+        plant(online);
         const QString at = m_clock->Now().addSecs(300).toString(u"HH:mm"_s);
-        set({{u"CalStartTimeUser"_s, at}, {u"SkipIfOffline"_s, c.skipIfOffline ? u"1"_s : u"0"_s}});
+        set({{u"CalStartTimeUser"_s, at}, {u"SkipIfOffline"_s, skipIfOffline ? u"1"_s : u"0"_s}});
         minutes(4);
         EXPECT_FALSE(running());
         minutes(2);
-        EXPECT_EQ(running(), c.starts);
+        EXPECT_EQ(running(), starts);
     }
 }
 

@@ -2,6 +2,7 @@
 // leaves every element it does not name as it was; a manual start runs a check to its end and
 // an abort stops it, on the service's clock; refused channels and malformed records fail with
 // their reason.
+#include "dastestsite.h"
 #include "host/testsite.h"
 
 #include "calstart/calstartcommands.h"
@@ -15,8 +16,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QSqlQuery>
-
 using namespace olvex;
 using namespace olvex::test;
 using namespace Qt::StringLiterals;
@@ -25,7 +24,6 @@ using testing::HasSubstr;
 namespace {
 
 const qint32 kCo2O2Cal = BuildPid(1, 103, 3, 0, 1); // start C23, abort C24: both Q2 channels
-const Actor kOperator{u"operator"_s, u"WS-7"_s, u"10.0.0.7"_s};
 
 class CalStartServiceTest : public BackendTest
 {
@@ -41,35 +39,11 @@ protected:
         }
     }
 
-    // Posts and carries out one record; its result.
     CommandRecord run(const QString &recordType, const QString &text)
     {
-        CommandQueue queue(*m_store);
-        const qint64 id
-            = queue.postCommand(m_store->siteId(), recordType, text, u"CSET-0031"_s, kOperator);
-        while (m_service->runOnce() == 1) {
-        }
-        for (const CommandRecord &record : queue.commands()) {
-            if (record.id == id) {
-                return record;
-            }
-        }
-        return {};
+        return carryOut(*m_store, *m_service, recordType, text);
     }
-    QString element(qint32 pid, const QString &name)
-    {
-        return calStartElement(readCalRecord(*m_store, pid), name).value_or(u"<missing>"_s);
-    }
-    QStringList rows(const QString &sql)
-    {
-        QSqlQuery query = m_store->sql().prepare(sql);
-        m_store->sql().exec(query);
-        QStringList values;
-        while (query.next()) {
-            values.append(query.value(0).toString());
-        }
-        return values;
-    }
+    QString element(qint32 pid, const QString &name) { return calElement(*m_store, pid, name); }
 
     std::shared_ptr<ManualClock> m_clock = std::make_shared<ManualClock>();
     std::unique_ptr<DasService> m_service;
@@ -94,11 +68,13 @@ TEST_P(CalStartServiceTest, ChangeKeepsUntouchedElementsAndBothCopiesInStep)
     EXPECT_EQ(element(pid, u"CalAfterStartup"_s), u"0"_s);
     EXPECT_EQ(element(pid, u"CalAfterEnterNormalOps"_s), u"1"_s);
     EXPECT_EQ(element(pid, u"CalDelayMinutes"_s), u"45"_s);
-    EXPECT_EQ(element(pid, u"UserFriendlyStatus"_s), u"Idle; next daily cal check at 00:05"_s);
+    // The prompt waiting for the operator keeps the status line.
+    EXPECT_EQ(element(pid, u"UserFriendlyStatus"_s),
+              u"Daily cal check waiting for operator confirmation"_s);
     // Every line that names none of the changed elements is the same text as before.
     const QStringList changed{u"CalStartTime"_s,      u"CalAfter"_s,      u"CalDelayMinutes"_s,
                               u"CalConfirmTimeout"_s, u"SkipIfOffline"_s, u"CalEvery26"_s,
-                              u"CalConfirmEnabled"_s, u"SkipStartup"_s,   u"UserFriendlyStatus"_s};
+                              u"CalConfirmEnabled"_s, u"SkipStartup"_s};
     const auto untouched = [&](const QString &text) {
         QStringList lines = text.split(u'\n');
         lines.removeIf([&](const QString &line) {
@@ -120,12 +96,7 @@ TEST_P(CalStartServiceTest, MalformedOrMisdirectedRecordsFailWithTheirReason)
         return u"<Command action=\"ChangeCalStartSettings\" pid=\""_s + pid + u"\">"_s + item
                + u"</Command>"_s;
     };
-    const struct
-    {
-        QString type;
-        QString text;
-        const char *reason;
-    } cases[] = {
+    const std::tuple<QString, QString, const char *> cases[] = {
         {RecordType::Calibration,
          change(FormatPidPlain(DemoPids::unit1SO2Span()),
                 u"<Item id=\"SkipIfOffline\" newValue=\"1\" />"_s),
@@ -141,10 +112,10 @@ TEST_P(CalStartServiceTest, MalformedOrMisdirectedRecordsFailWithTheirReason)
         {RecordType::Q1Io, WriteToChannelCommand(99), "CSET-0082"},
         {RecordType::Q1Io, WriteToChannelCommand(23), "written by Q2IOCOMMAND records"},
     };
-    for (const auto &c : cases) {
-        const CommandRecord record = run(c.type, c.text);
-        EXPECT_EQ(record.state, QueueItem::State::Failed) << c.text.toStdString();
-        EXPECT_THAT(record.result.toStdString(), HasSubstr(c.reason));
+    for (const auto &[type, text, reason] : cases) {
+        const CommandRecord record = run(type, text);
+        EXPECT_EQ(record.state, QueueItem::State::Failed) << text.toStdString();
+        EXPECT_THAT(record.result.toStdString(), HasSubstr(reason));
     }
     EXPECT_EQ(rows(u"SELECT count(*) FROM cal_checks WHERE ended IS NULL"_s), QStringList{u"0"_s});
 }

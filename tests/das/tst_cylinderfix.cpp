@@ -13,8 +13,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QSqlQuery>
-
 using namespace olvex;
 using namespace olvex::test;
 using namespace Qt::StringLiterals;
@@ -61,18 +59,10 @@ protected:
     // Posts the fix and lets the service carry it out; returns the finished record.
     CommandRecord fix(const QString &attributes)
     {
-        const qint64 id = CommandQueue(*m_store).postCommand(
-            m_store->siteId(), RecordType::Calibration,
-            u"<Command action=\"FixOldCalCylinderInfo\" "_s + attributes + u" />"_s, u"CSET-0040"_s,
-            kOperator);
         DasService service(m_store);
-        EXPECT_EQ(service.runOnce(), 1);
-        for (const CommandRecord &record : CommandQueue(*m_store).commands()) {
-            if (record.id == id) {
-                return record;
-            }
-        }
-        return {};
+        return carryOut(*m_store, service, RecordType::Calibration,
+                        u"<Command action=\"FixOldCalCylinderInfo\" "_s + attributes + u" />"_s,
+                        u"CSET-0040"_s);
     }
 
     // The cylinder IDs of a cylinder's checks, day 1 first.
@@ -85,29 +75,17 @@ protected:
         return ids;
     }
 
-    qint64 auditRows()
-    {
-        QSqlQuery query = m_store->sql().prepare(
-            u"SELECT COUNT(*) FROM audit_trail WHERE source LIKE 'cal check %'"_s);
-        m_store->sql().exec(query);
-        return query.next() ? query.value(0).toLongLong() : -1;
-    }
+    qint64 auditRows() { return count(u"audit_trail WHERE source LIKE 'cal check %'"_s); }
 };
 
 TEST_P(CylinderFixTest, RewritesOnlyTheChecksInsideTheWindow)
 {
     const QString cylinder = FormatPidPlain(kCylinder);
-    struct Case
-    {
-        const char *name;
-        QString pid;
-        const char *start;
-        const char *end;
-        const char *result; // a failure's reason, or the count
-        const char *after;  // each day's check: o the old cylinder, n the new one
-    };
+    // name, pid, start, end, result (a failure's reason, or the count), expectedDays (each day's
+    // check: o the old cylinder, n the new one).
     // clang-format off
-    const QList<Case> cases{
+    const QList<std::tuple<const char *, QString, const char *, const char *, const char *,
+                           const char *>> cases{
         // The end is written to the minute and counts to the end of it.
         {"last two days", cylinder, "2026/03/06 00:00", "2026/03/07 06:50", "2 calibration checks updated", "ooooonn"},
         {"the same again", cylinder, "2026/03/06 00:00", "2026/03/07 06:50", "0 calibration checks updated", "ooooonn"},
@@ -120,21 +98,21 @@ TEST_P(CylinderFixTest, RewritesOnlyTheChecksInsideTheWindow)
     };
     // clang-format on
     const qint64 audited = auditRows();
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[name, pid, start, end, result, expectedDays] : cases) {
+        SCOPED_TRACE(name);
         const CommandRecord record
-            = fix(u"pid=\""_s + c.pid + u"\" user=\"op\" clientIP=\"10.1.1.1\" start=\""_s
-                  + QLatin1StringView(c.start) + u"\" end=\""_s + QLatin1StringView(c.end)
+            = fix(u"pid=\""_s + pid + u"\" user=\"op\" clientIP=\"10.1.1.1\" start=\""_s
+                  + QLatin1StringView(start) + u"\" end=\""_s + QLatin1StringView(end)
                   + u"\" newcylid=\"NEW&amp;2\" newexpdate=\"2028/01/31 00:00\" newvendorid=\"V9\""
                     " newgaslist=\"NO,BALN\""_s);
-        const bool done = QByteArrayView(c.result).endsWith("updated");
+        const bool done = QByteArrayView(result).endsWith("updated");
         EXPECT_EQ(record.state, done ? QueueItem::State::Done : QueueItem::State::Failed);
-        EXPECT_THAT(record.result.toStdString(), testing::HasSubstr(c.result));
+        EXPECT_THAT(record.result.toStdString(), testing::HasSubstr(result));
         QString after;
         for (const QString &id : ids(kCylinder)) {
             after += id == u"NEW&2"_s ? u'n' : id == u"OLD1"_s ? u'o' : u'?';
         }
-        EXPECT_EQ(after, QLatin1StringView(c.after));
+        EXPECT_EQ(after, QLatin1StringView(expectedDays));
         EXPECT_EQ(ids(kOtherCylinder), QStringList(7, u"OLD1"_s)) << "another cylinder's checks";
     }
     EXPECT_EQ(auditRows() - audited, 3); // one per record changed, never for an unchanged one

@@ -29,16 +29,10 @@ TEST(DasProgram, RefusesWhatItCannotRunWithItsCode)
     file.close();
     const QString site = u"/nonexistent/site.db"_s;
     const QString drain = u"--drain"_s;
-    const struct
-    {
-        QStringList arguments;
-        std::string message; // empty: the site cannot be opened
-    } cases[] = {
-        {{}, "no site given (--site SITE)"},
+    // arguments, message (empty: the site cannot be opened).
+    const std::tuple<QStringList, std::string> cases[] = {
+        {QStringList(), "no site given (--site SITE)"},
         {{u"--site"_s}, "Missing value after '--site'"},
-        {{u"--site"_s, u"  "_s}, "no site given"},
-        {{u"--site"_s, site, u"--interval"_s, u"0"_s},
-         "--interval wants a positive number of milliseconds, not '0'"},
         {{u"--site"_s, site, u"--interval"_s, u"1s"_s},
          "--interval wants a positive number of milliseconds, not '1s'"},
         {{u"--site"_s, site, u"--lease"_s, u"-5"_s},
@@ -47,19 +41,18 @@ TEST(DasProgram, RefusesWhatItCannotRunWithItsCode)
         {{u"--site"_s, site, u"extra"_s}, "unexpected argument 'extra'"},
         {{u"--site"_s, dir.filePath(u"missing.db"_s), drain}, ""},
         {{u"--site"_s, notASite, drain}, ""},
-        {{u"--site"_s, u"mysql://host/db"_s, drain}, ""},
     };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.arguments.join(u' ').toStdString());
-        const ProgramRun run = runProgram(dasProgram(), c.arguments);
+    for (const auto &[arguments, message] : cases) {
+        SCOPED_TRACE(arguments.join(u' ').toStdString());
+        const ProgramRun run = runProgram(dasProgram(), arguments);
         const std::string err = run.err.toStdString();
-        if (c.message.empty()) {
+        if (message.empty()) {
             EXPECT_EQ(run.exitCode, 1);
             EXPECT_TRUE(run.err.startsWith(u"olvex-das: ")) << err;
             EXPECT_EQ(run.err.count(u'\n'), 1) << err;
         } else {
             EXPECT_EQ(run.exitCode, 2);
-            EXPECT_THAT(err, HasSubstr("olvex-das: " + c.message));
+            EXPECT_THAT(err, HasSubstr("olvex-das: " + message));
             EXPECT_THAT(err, HasSubstr("Try 'olvex-das --help'."));
         }
     }

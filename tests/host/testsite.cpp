@@ -5,6 +5,7 @@
 #include "host/sqlconnection.h"
 
 #include <QProcess>
+#include <QSqlQuery>
 #include <QUuid>
 
 namespace olvex::test {
@@ -74,6 +75,22 @@ std::shared_ptr<SiteStore> BackendTest::demo()
 {
     m_store = createDemoSite(site());
     return m_store;
+}
+
+QStringList BackendTest::rows(const QString &sql) const
+{
+    QSqlQuery query = m_store->sql().prepare(sql);
+    m_store->sql().exec(query);
+    QStringList values;
+    while (query.next()) {
+        values.append(query.value(0).toString());
+    }
+    return values;
+}
+
+qint64 BackendTest::count(const QString &from) const
+{
+    return rows(QStringLiteral("SELECT count(*) FROM ") + from).value(0).toLongLong();
 }
 
 std::shared_ptr<SiteStore> BackendTest::emptySite(const QString &siteId)

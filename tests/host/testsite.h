@@ -65,6 +65,9 @@ protected:
     std::shared_ptr<SiteStore> demo();
     // An empty site with the given id.
     std::shared_ptr<SiteStore> emptySite(const QString &siteId = QStringLiteral("TEST"));
+    // The first column of each row the query gives, as text; the count of rows of "FROM from".
+    QStringList rows(const QString &sql) const;
+    qint64 count(const QString &from) const;
 
     std::unique_ptr<SitePlace> m_place;
     std::shared_ptr<SiteStore> m_store;

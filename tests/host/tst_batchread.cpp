@@ -9,8 +9,6 @@
 #include "host/sitedatainterface.h"
 #include "host/storedvalue.h"
 
-#include <QSqlQuery>
-
 #include <ctime>
 
 using namespace olvex;
@@ -32,14 +30,12 @@ protected:
         QStringList in;
         for (const int type : types)
             in.append(QString::number(type));
-        QSqlQuery q = m_store->sql().prepare(
-            u"SELECT DISTINCT a.number FROM attributes a JOIN parameters p ON p.pid = a.pid"
-            u" WHERE p.ptype IN ("
-            + in.join(u',') + u") ORDER BY a.number");
-        m_store->sql().exec(q);
         QList<int> numbers;
-        while (q.next())
-            numbers.append(q.value(0).toInt());
+        for (const QString &number :
+             rows(u"SELECT DISTINCT a.number FROM attributes a JOIN parameters p ON p.pid = a.pid"
+                  u" WHERE p.ptype IN ("
+                  + in.join(u',') + u") ORDER BY a.number"))
+            numbers.append(number.toInt());
         return numbers;
     }
 };
@@ -79,37 +75,32 @@ QString shown(const QDateTime &t)
 TEST_P(BatchReadTest, NamedAttributeListsReadLikeFullLists)
 {
     demo();
-    struct Case
-    {
-        QList<int> types;
-        QList<int> named;
-    };
-    const QList<Case> cases{
+    const QList<std::tuple<QList<int>, QList<int>>> cases{
         {{ParameterTypes::Setting},
          {SettingAttr::DefaultValue, SettingAttr::DataType, SettingAttr::Changeable}},
         {{ParameterTypes::Setting, ParameterTypes::SettingGroup}, {SettingAttr::Changeable}},
         {{79, 62}, {-306, -312, -306}},
         {{ParameterTypes::SettingGroup}, {SettingAttr::DefaultValue}}, // held by no group
     };
-    for (const Case &c : cases) {
-        const QString what = u"types " + QString::number(c.types.first()) + u", named "
-                             + QString::number(c.named.first());
+    for (const auto &[types, asked] : cases) {
+        const QString what = u"types " + QString::number(types.first()) + u", named "
+                             + QString::number(asked.first());
         SCOPED_TRACE(what.toStdString());
-        const ParameterList full = viewer()->GetPidsOfTypes(c.types);
+        const ParameterList full = viewer()->GetPidsOfTypes(types);
         auto di = viewer();
-        const ParameterList named = di->GetPidsOfTypesWith(c.types, c.named);
+        const ParameterList named = di->GetPidsOfTypesWith(types, asked);
         ASSERT_EQ(named.size(), full.size());
         ASSERT_FALSE(named.isEmpty());
 
         const quint64 afterList = statements();
         for (const ParameterPtr &p : named) {
-            for (const int number : c.named)
+            for (const int number : asked)
                 p->GetAttribute(number);
             p->GetCurrentValue();
         }
         EXPECT_EQ(statements(), afterList) << "the named attributes come with the list";
 
-        const QList<int> numbers = storedNumbers(c.types);
+        const QList<int> numbers = storedNumbers(types);
         const quint64 beforeOthers = statements();
         for (const ParameterPtr &p : named) {
             for (const int number : numbers)
@@ -151,15 +142,9 @@ TEST_P(BatchReadTest, LazilyReadAttributesFollowWrites)
     const QList<int> named{SettingAttr::Changeable};
     const qint32 target = DemoPids::unit1SO2Span();
     const qint32 neighbour = DemoPids::unit1SO2ZeroDriftLimit();
-    struct Case
-    {
-        const char *what;
-        int number;
-        Value value;
-        bool readFirst; // the list has read the number before the write
-        bool byOtherProgram;
-    };
-    const QList<Case> cases{
+    // what, number, value, readFirst (the list has read the number before the write),
+    // byOtherProgram.
+    const QList<std::tuple<const char *, int, Value, bool, bool>> cases{
         {"named, own write", SettingAttr::Changeable, Value(false), true, false},
         {"not read yet, own write", SettingAttr::DisplayFormat, Value(QStringLiteral("0.0000")),
          false, false},
@@ -169,9 +154,9 @@ TEST_P(BatchReadTest, LazilyReadAttributesFollowWrites)
         {"read before, other program", SettingAttr::RecommendedHigh, Value(77.5), true, true},
         {"not read yet, other program", SettingAttr::Level, Value(11), false, true},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.what);
-        const Value original = viewer()->GetPidDirectory()->GetPid(target)->GetAttribute(c.number);
+    for (const auto &[what, number, value, readFirst, byOtherProgram] : cases) {
+        SCOPED_TRACE(what);
+        const Value original = viewer()->GetPidDirectory()->GetPid(target)->GetAttribute(number);
         auto di = viewer();
         const ParameterList list = di->GetPidsOfTypesWith(types, named);
         ParameterPtr p;
@@ -185,29 +170,29 @@ TEST_P(BatchReadTest, LazilyReadAttributesFollowWrites)
         ASSERT_TRUE(p && q);
         // From another data interface, so that this list has not read the number yet.
         const QString neighbourBefore
-            = viewer()->GetPidDirectory()->GetPid(neighbour)->GetAttribute(c.number).debugText();
-        if (c.readFirst) {
-            ASSERT_NE(p->GetAttribute(c.number).debugText(), c.value.debugText());
+            = viewer()->GetPidDirectory()->GetPid(neighbour)->GetAttribute(number).debugText();
+        if (readFirst) {
+            ASSERT_NE(p->GetAttribute(number).debugText(), value.debugText());
         }
 
-        if (c.byOtherProgram) {
-            SiteStore::open(site())->setAttribute(target, c.number, c.value, Actor{});
+        if (byOtherProgram) {
+            SiteStore::open(site())->setAttribute(target, number, value, Actor{});
             const ParameterList again = di->GetPidsOfTypesWith(types, named);
             for (const ParameterPtr &each : again) {
                 if (each->PidNumber() == target) {
-                    EXPECT_EQ(each->GetAttribute(c.number).debugText(), c.value.debugText())
+                    EXPECT_EQ(each->GetAttribute(number).debugText(), value.debugText())
                         << "the next list";
                 }
             }
         } else {
-            p->SetAttribute(c.number, c.value);
+            p->SetAttribute(number, value);
         }
-        EXPECT_EQ(p->GetAttribute(c.number).debugText(), c.value.debugText());
-        EXPECT_EQ(q->GetAttribute(c.number).debugText(), neighbourBefore);
+        EXPECT_EQ(p->GetAttribute(number).debugText(), value.debugText());
+        EXPECT_EQ(q->GetAttribute(number).debugText(), neighbourBefore);
         // What a list of all attributes, read afresh, finds.
         auto fresh = viewer()->GetPidDirectory();
-        EXPECT_EQ(fresh->GetPid(target)->GetAttribute(c.number).debugText(), c.value.debugText());
-        m_store->setAttribute(target, c.number, original, Actor{}); // for the next case
+        EXPECT_EQ(fresh->GetPid(target)->GetAttribute(number).debugText(), value.debugText());
+        m_store->setAttribute(target, number, original, Actor{}); // for the next case
     }
 }
 
@@ -217,21 +202,13 @@ TEST_P(BatchReadTest, StoredLocalTimesReadBackAsBeforeAcrossDaylightSaving)
     // Around both changes of 2024 (02:00-03:00 on 31 March does not exist, on 27 October it
     // comes twice), a UTC time, repeats (read from the batch's cache) and texts that are no
     // date-time, including one whose fields overflow into a valid date.
-    const QStringList texts{QStringLiteral("2024-03-31T01:59:59.999"),
-                            QStringLiteral("2024-03-31T02:30:00.000"),
-                            QStringLiteral("2024-03-31T03:00:00.000"),
-                            QStringLiteral("2024-10-27T02:30:00.000"),
-                            QStringLiteral("2024-10-27T03:00:00.000"),
-                            QStringLiteral("2024-10-27T01:59:59.000"),
-                            QStringLiteral("2024-10-27T02:30:00.000Z"),
-                            QStringLiteral("2024-03-31T02:30:00.000"),
-                            QStringLiteral("1899-12-30T06:00:00.000"),
-                            QStringLiteral("2024-02-08T00:00:00.000"),
-                            QStringLiteral("2024-01-40T00:00:00.000"),
-                            QStringLiteral("2024-02-30T00:00:00.000"),
-                            QStringLiteral("2024-02-09T00:00:00"),
-                            QStringLiteral("2024-02-09T24:00:00.000"),
-                            QString()};
+    const QStringList texts{
+        QStringLiteral("2024-03-31T01:59:59.999"),  QStringLiteral("2024-03-31T02:30:00.000"),
+        QStringLiteral("2024-10-27T02:30:00.000"),  QStringLiteral("2024-10-27T01:59:59.000"),
+        QStringLiteral("2024-10-27T02:30:00.000Z"), QStringLiteral("2024-03-31T02:30:00.000"),
+        QStringLiteral("1899-12-30T06:00:00.000"),  QStringLiteral("2024-01-40T00:00:00.000"),
+        QStringLiteral("2024-02-30T00:00:00.000"),  QStringLiteral("2024-02-09T00:00:00"),
+        QStringLiteral("2024-02-09T24:00:00.000"),  QString()};
     DateTimeTexts batch;
     for (const QString &text : texts) {
         SCOPED_TRACE(text.toStdString());

@@ -38,14 +38,12 @@ protected:
     std::unique_ptr<SiteDataInterface> m_di;
 };
 
-// The counts are the ones olvex-settings info prints; the groups hold the cases the editor
+// The counts per type are pinned by olvex-settings info; the groups hold the cases the editor
 // must show: alarm groups, an undefined member, a member list that is no list.
 TEST_P(DemoSiteTest, SettingsAndGroupsCoverEveryDataTypeAndState)
 {
     demo();
     const SiteCounts counts = m_store->counts();
-    EXPECT_EQ(counts.parametersByType,
-              (QMap<int, int>{{2, 30}, {4, 206}, {5, 31}, {62, 4}, {79, 4}}));
     EXPECT_EQ(std::pair(counts.users, counts.queuedWrites), std::pair(3, 3));
 
     QSet<qint64> dataTypes;

@@ -125,14 +125,8 @@ TEST_P(StoreTest, EveryValueKindComesBackExactly)
 
 TEST_P(StoreTest, WhatIsNotASiteOfThisProgramIsRefusedUntouched)
 {
-    struct Case
-    {
-        const char *name;
-        std::function<void(SitePlace &)> prepare;
-        int error;
-        bool forcedCreationRefused; // create with replace set leaves it alone too
-    };
-    const QList<Case> cases{
+    // name, prepare, error, forcedCreationRefused (create with replace set leaves it alone too).
+    const QList<std::tuple<const char *, std::function<void(SitePlace &)>, int, bool>> cases{
         {"other tables",
          [](SitePlace &place) {
              SqlConnection raw(parseConnectionText(place.connectionText()), true);
@@ -159,17 +153,17 @@ TEST_P(StoreTest, WhatIsNotASiteOfThisProgramIsRefusedUntouched)
          },
          StoreError::NewerSchema, true},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[name, prepare, error, forcedCreationRefused] : cases) {
+        SCOPED_TRACE(name);
         SitePlace place(GetParam());
-        c.prepare(place);
+        prepare(place);
         const QStringList before = contentOf(place);
-        EXPECT_EQ(errorOf([&] { SiteStore::open(place.connectionText()); }).number(), c.error);
-        if (c.forcedCreationRefused) {
+        EXPECT_EQ(errorOf([&] { SiteStore::open(place.connectionText()); }).number(), error);
+        if (forcedCreationRefused) {
             EXPECT_EQ(errorOf([&] {
                           SiteStore::create(place.connectionText(), siteInfo(u"X"_s), true);
                       }).number(),
-                      c.error);
+                      error);
         }
         EXPECT_EQ(contentOf(place), before);
     }

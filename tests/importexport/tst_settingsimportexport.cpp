@@ -133,8 +133,6 @@ TEST_F(TransferTest, WritesHeaderAndOneLinePerSetting)
         u"1-000-0-00-12,\u20AC/MWh,Temp \u00B0F,\u201Equoted\u201C,"_s,
     };
     EXPECT_EQ(fileLines(bytes), expected);
-    EXPECT_TRUE(bytes.endsWith("1-000-0-00-12,\x80/MWh,Temp \xB0"
-                               "F,\x84quoted\x93,\r\n"));
     EXPECT_EQ(std::tuple(exported.count, exported.nullCount, exported.allNullOrZero),
               std::tuple(14, 1, false));
     EXPECT_TRUE(log->isEmpty());
@@ -235,14 +233,12 @@ TEST_F(TransferTest, WholeFiles)
     const QByteArray ansi = "\x80 \x84quoted\x93 5\xB0";
     // The file, the error (empty: accepted) and the counts of an accepted one.
     const QList<std::tuple<QByteArray, QString, Counts>> cases = {
-        {firstLine({";SiteID=PLANT1"}), "", {1, 1}},
         {firstLine({";SiteID=plant1"}), "", {1, 1}},
         {firstLine({";SiteID=PLANT1,,,,"}), "", {1, 1}},
         {firstLine({"   ;SiteID=PLANT1   "}), "", {1, 1}},
         {firstLine({";SiteID= PLANT1 second word"}), "", {1, 1}},
         {firstLine({";SiteID= "}), blank, {}},
         {firstLine({"SiteID=PLANT1"}), notFound, {}},
-        {firstLine({}), notFound, {}},
         {firstLine({";SiteID=south"}),
          "Cannot import settings. Site ID 'SOUTH' in file does not match the Olvex site ID "
          "'PLANT1'. [CSET-0065]",
@@ -287,7 +283,6 @@ TEST_F(TransferTest, EachLineIsCountedAndLogged)
         {"1-234-5-67-89,ppm,SO2 span,12.5,10", {1, 0, 1}, 0, ""},
         {"1-234-5-67-89,ppm,SO2 span,13,10", {1, 1}, 0, ""},
         {"123456789,,,13", {1, 1}, 0, ""},
-        {"#123456789,,,13", {1, 1}, 0, ""},
         {"1-234-5-67-89,ppm,SO2 span, \"12.5\" ,10", {1, 0, 1}, 0, ""},
         {"  1-000-0-00-01,,Label,abc  ", {1, 0, 1}, 0, ""},
         {"1-000-0-00-01,,Label,ABC", {1, 1}, 0, ""},
@@ -298,7 +293,6 @@ TEST_F(TransferTest, EachLineIsCountedAndLogged)
          "position 22. Quote followed by illegal character."},
         {"1-234-5-67-89,ppm,SO2 span", {1, 0, 0, 0, 0, 1}, note, tooShort},
         {"no pid,ppm,x,5", {1, 0, 0, 1}, err, noPid},
-        {",,Orphan,5", {1, 0, 0, 1}, err, noPid},
         {"1-234-5-67-89,ppm,SO2 span,   ,10", {1, 0, 0, 0, 0, 1}, note, blank},
         {"1-234-5-67-89,ppm,SO2 span,\"\",10", {1, 0, 0, 0, 0, 1}, note, blank},
         {"1-000-0-00-50,,Unknown,5", {1, 0, 0, 0, 1}, err, undefined},

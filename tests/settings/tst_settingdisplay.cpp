@@ -25,11 +25,8 @@ TEST(FormatSettingValue, ShowsEachDataTypeAndLogsMisfits)
     using Case = std::tuple<const char *, int, Value, QString, bool, QString, bool, QString>;
     const std::vector<Case> cases = {
         {"null number", 1, Value::null(), {}, false, "<Null>", false, {}},
-        {"null date", 2, Value::null(), {}, false, "<Null>", false, {}},
-        {"null yes/no", 5, Value::null(), {}, false, "<Null>", false, {}},
         {"null text", 7, Value::null(), {}, false, "<Null>", false, {}},
         {"empty number", 1, Value(), {}, false, "", false, {}},
-        {"empty yes/no", 5, Value(), {}, false, "", false, {}},
         {"number", 1, Value(12.5), {}, false, "12.5", false, {}},
         {"number text", 1, Value("42"), {}, false, "42", false, {}},
         {"number not numeric", 1, Value("12x"), {}, false, "", true, dm14},
@@ -38,14 +35,12 @@ TEST(FormatSettingValue, ShowsEachDataTypeAndLogsMisfits)
         {"grouped format gives a plain number", 1, Value(1234.5), "#,##0", true, "1235", false, {}},
         {"format of a misfit still logs", 1, Value("abc"), "0.00", true, "", true, dm14},
         {"date", 2, Value(morning), {}, false, "3/5/2024", false, {}},
-        {"date from text", 2, Value("2024-03-05"), {}, false, "3/5/2024", false, {}},
         {"impossible date", 2, Value("2024-13-45"), {}, false, "", false, dm15},
         {"time", 3, Value(morning), {}, false, "9:05 AM", false, {}},
         {"time not a date", 3, Value("noon-ish"), {}, false, "", false, dm15},
         {"date and time not a date", 4, Value(7.5), {}, false, "", false, dm15},
         {"yes/no zero", 5, Value(0), {}, false, "No", false, {}},
         {"yes/no minus one", 5, Value(-1), {}, false, "Yes", false, {}},
-        {"yes/no one", 5, Value(1), {}, false, "Yes", false, {}},
         {"yes/no Boolean", 5, Value(true), {}, false, "Yes", false, {}},
         {"yes/no text", 5, Value("abc"), {}, false, "", false, dm16},
         {"on/off zero", 6, Value(0), {}, false, "Off", false, {}},
@@ -79,7 +74,6 @@ TEST(RoundToDisplayFormat, RoundsAsTheFormatShows)
 {
     const std::vector<std::tuple<const char *, const char *, const char *>> cases = {
         {"0", "2.5", "3"},
-        {"0.000", "1.23456", "1.235"},
         {"#,##0.0", "12345.67", "12345.7"},
         {"0.00;(0.00)", "-1.005", "-1.01"}, // only the first section decides the decimals
         {"0.0\" ppm\"", "7.26", "7.3"},     // quoted text is not a placeholder
@@ -87,7 +81,6 @@ TEST(RoundToDisplayFormat, RoundsAsTheFormatShows)
         {"0.00E+00", "123456", "123000"},
         {"0.0E-00", "0.00012345", "0.00012"},
         {"Fixed", "3.14159", "3.14"},
-        {"General Number", "3.14159", "3.14159"},
         {"@", "3.14159", "3.14159"}, // no digit placeholder: unchanged
         {"0.0000000", "999999999999.99999995", "1000000000000"},
     };
@@ -103,12 +96,10 @@ TEST(RoundToDisplayFormat, RoundsAsTheFormatShows)
 TEST(CellTexts, YesNoForNumbersOnlyAndTheRangeFromTheLimitsPresent)
 {
     const std::vector<std::tuple<Value, bool, QString>> yesNo = {
-        {90, false, "90"},    {2.5, false, "2.5"},
-        {0, true, "No"},      {-1, true, "Yes"},
-        {0.5, true, "Yes"},   {"12", false, "12"},
-        {Value(), false, ""}, {Value::null(), false, ""},
-        {"abc", true, ""},    {Value::null(), true, ""},
-        {"", false, ""},
+        {90, false, "90"},   {2.5, false, "2.5"},       {0, true, "No"},
+        {-1, true, "Yes"},   {Value(), false, ""},      {Value::null(), false, ""},
+        {"abc", true, ""},   {Value::null(), true, ""}, {"", false, ""},
+        {"12", false, "12"},
     };
     for (const auto &[value, asYesNo, expected] : yesNo) {
         EXPECT_EQ(YesNoText(value, asYesNo), expected) << value.debugText().toStdString();
@@ -144,7 +135,6 @@ TEST(SettingRowState, IconAndValueCellFollowTheFlagsReadingEachAttributeOnce)
         {"high level write only", false, F, T, N, N, Value(60), N, 7, "(Write-Only)"},
         {"high level neither keeps the icon", false, F, F, N, N, Value(60), N, 0, ""},
         {"pending over the value", false, T, T, N, N, N, T, 4, "Updating..."},
-        {"pending over write-only", false, F, T, N, N, N, T, 6, "Updating..."},
         {"alternative write-only", true, T, T, F, T, N, N, 6, "(Write-Only)"},
         {"alternative offline", true, T, T, F, F, N, N, 0, "(Offline)"},
         {"alternative readable", true, F, F, T, F, N, N, 2, "12.5"},

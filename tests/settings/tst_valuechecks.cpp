@@ -19,7 +19,6 @@ TEST(ValueChecks, RefusalsByTypeAndAbsoluteLimits)
     using Case = std::tuple<int, Value, int, QString>;
     const std::vector<Case> cases = {
         {Number, Value("999999999999.9999999"), 0, {}},
-        {Number, Value("7"), 0, {}},
         {Number, Value("10000000000000"), ValueCheckError::Overflow,
          "'10000000000000' is greater than the maximum value (999999999999.9999999)"},
         {Number, Value(-1e13), ValueCheckError::Overflow, "less than the minimum value"},
@@ -52,11 +51,9 @@ TEST(ValueChecks, EntryReadings)
     const std::vector<std::tuple<int, QString, bool, QString>> cases = {
         {Number, "25", true, "reads as 25"},
         {Number, " 1,234.5 ", true, "reads as 1234.5"},
-        {Number, "-1,234,567", true, "reads as -1234567"},
         {Number, "2,5", false, "not a number"},
         {Number, "1,5e3", false, "not a number"},
         {Number, "12,34,567", false, "not a number"},
-        {Number, "abc", false, "not a number"},
         {Number, "1e13", false, "greater than the maximum value (999999999999.9999999)"},
         {Date, "31 Feb 2026", false, "not a date"},
         {Date, "2024-03-05", true, "reads as 5 March 2024"},

@@ -98,9 +98,10 @@ struct Tally
     {
         const double seconds = std::max(clock.nsecsElapsed() / 1e9, 1e-3);
         const qint64 items = done + failed;
-        return QString::number(items) + u" items carried out (" + QString::number(done) + u" done, "
-               + QString::number(failed) + u" failed) in " + QString::number(seconds, 'f', 1)
-               + u" s, " + QString::number(qRound64(items / seconds)) + u" items a second";
+        return QString::number(items) + (items == 1 ? u" item" : u" items") + u" carried out ("
+               + QString::number(done) + u" done, " + QString::number(failed) + u" failed) in "
+               + QString::number(seconds, 'f', 1) + u" s, "
+               + QString::number(qRound64(items / seconds)) + u" items a second";
     }
 };
 

@@ -13,12 +13,16 @@
 #include "host/sitestore.h"
 #include "monitortabs.h"
 #include "monitorwindow.h"
+#include "servicestatus.h"
+#include "settings/widgets/disettings.h"
 #include "statuslog.h"
+#include "windowmemory.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
+#include <QMessageBox>
 #include <QStandardPaths>
 #include <QTextStream>
 
@@ -46,9 +50,17 @@ QString backendText(const SiteStore &store)
     return u"PostgreSQL (" + target.displayText() + u')';
 }
 
+// Whether a message box can reach the operator: someone who started the window from a desktop
+// icon never sees stderr.
+bool interactive = false;
+
 int fail(const QString &line)
 {
     QTextStream(stderr) << "olvex-monitor: " << line << '\n';
+    if (interactive) {
+        QMessageBox::critical(nullptr, QApplication::applicationDisplayName(),
+                              u"The window cannot start.\n\n" + line);
+    }
     return 1;
 }
 
@@ -123,7 +135,14 @@ int main(int argc, char **argv)
 
     QCommandLineParser parser;
     options.describe(parser);
+    if (!parser.parse(QApplication::arguments())) {
+        QTextStream(stderr) << "olvex-monitor: " << parser.errorText() << '\n';
+        return 2;
+    }
     parser.process(app);
+    interactive = !parser.isSet(options.shot)
+                  && !QApplication::platformName().startsWith(u"offscreen")
+                  && QApplication::platformName() != u"minimal";
 
     const QString userName = parser.value(options.user);
     std::shared_ptr<SiteStore> store;
@@ -176,6 +195,7 @@ int main(int argc, char **argv)
 
     if (parser.isSet(options.shot)) {
         // A still picture of the site as it stands: no service runs, pending changes show so.
+        new ServiceStatus(window, store, nullptr, window.findChild<DISettings *>()); // window's
         window.show();
         try {
             for (const QString &file : window.saveScreenshots(parser.value(options.shot))) {
@@ -192,8 +212,13 @@ int main(int argc, char **argv)
         service.emplace(store);
         service->start();
     }
+    auto *settings = window.findChild<DISettings *>();
+    new ServiceStatus(window, store, service ? &*service : nullptr, settings); // owned by window
+    const QString siteId = store->siteId();
+    restoreWindowMemory(window, settings, siteId, context.startGroup == 0);
     window.show();
     const int result = QApplication::exec();
+    saveWindowMemory(window, settings, siteId);
     if (service) {
         service->stop();
     }

@@ -67,6 +67,7 @@ QWidget *createSettingsTab(MonitorWindow &window, const MonitorContext &context)
         settings, &DISettings::Problem, &window,
         [&window, context](const QString &line) { reportProblem(window, context, line); });
     settings->Setup(context.dataInterface, true);
+    addSettingsShots(window, *settings, context);
     try {
         showStartGroup(window, *settings, context);
     } catch (...) {
@@ -84,10 +85,14 @@ QWidget *createImportExportTab(MonitorWindow &window, const MonitorContext &cont
 
 void addComponentTabs(MonitorWindow &window, const MonitorContext &context)
 {
-    window.addTab(createSettingsTab(window, context), QStringLiteral("Settings"),
-                  QStringLiteral("settings"));
-    window.addTab(createImportExportTab(window, context), QStringLiteral("Import/Export"),
-                  QStringLiteral("import-export"));
+    auto *settings = static_cast<DISettings *>(createSettingsTab(window, context));
+    window.addTab(settings, QStringLiteral("Settings"), QStringLiteral("settings"));
+    auto *importExport
+        = static_cast<DISettingsImportExport *>(createImportExportTab(window, context));
+    window.addTab(importExport, QStringLiteral("Import/Export"), QStringLiteral("import-export"));
+    // The settings tab shows what the import changed without waiting for its minute.
+    QObject::connect(importExport, &DISettingsImportExport::Imported, settings,
+                     &DISettings::Refresh);
     window.addTab(createCalStartTab(window, context), QStringLiteral("Calibration Start"),
                   QStringLiteral("calstart"));
     window.addTab(createCylindersTab(window, context), QStringLiteral("Gas Cylinders"),

@@ -6,6 +6,7 @@ class QWidget;
 
 namespace olvex {
 
+class DISettings;
 class MonitorWindow;
 
 // Adds the component tabs to the window, in order. A new component is one line in
@@ -14,6 +15,11 @@ void addComponentTabs(MonitorWindow &window, const MonitorContext &context);
 
 // The settings editor, set up on the site with its minute refresh.
 QWidget *createSettingsTab(MonitorWindow &window, const MonitorContext &context);
+
+// The pictures --screenshot adds for the settings tab (settingsshots.cpp): Find "span" and the
+// History dialog of the first listed setting with recorded changes.
+void addSettingsShots(MonitorWindow &window, const DISettings &settings,
+                      const MonitorContext &context);
 
 // The settings import/export panel on the site, logging to the site's message log.
 QWidget *createImportExportTab(MonitorWindow &window, const MonitorContext &context);

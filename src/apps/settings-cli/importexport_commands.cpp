@@ -8,7 +8,12 @@
 #include "importexport/importexporttexts.h"
 #include "importexport/settingsimportexport.h"
 
+#include <QElapsedTimer>
 #include <QFileInfo>
+
+#include <cstdio>
+
+#include <unistd.h>
 
 namespace olvex::cli {
 
@@ -16,8 +21,8 @@ namespace texts = importexporttexts;
 
 namespace {
 
-// Work of this many items reports its progress on stderr.
-constexpr qint64 kProgressFrom = 2000;
+// Work that runs this long reports its progress on stderr; quicker work says nothing.
+constexpr qint64 kProgressAfterMs = 500;
 
 // The site's own message log, echoed on stderr so that each refused line shows where it is run.
 class EchoLog final : public MessageLog
@@ -47,12 +52,18 @@ private:
     QTextStream &m_err;
 };
 
-// "export: 40% (40000 of 100000 settings)" at every tenth of the work.
-ProgressHandler stderrProgress(const QString &command, const QString &items, QTextStream &err)
+// "export: 40% (40000 of 100000 settings)" at every tenth of the work, once it has run half a
+// second, and only to a terminal: a script or a log file gets the result lines alone.
+ProgressHandler stderrProgress(const QString &command, const QString &items, QTextStream &err,
+                               bool quiet)
 {
+    if (quiet || !isatty(fileno(stderr)))
+        return {};
+    auto started = std::make_shared<QElapsedTimer>();
+    started->start();
     auto lastTenth = std::make_shared<qint64>(-1);
-    return [command, items, &err, lastTenth](qint64 done, qint64 total) {
-        if (total < kProgressFrom)
+    return [command, items, &err, lastTenth, started](qint64 done, qint64 total) {
+        if (total <= 0 || started->elapsed() < kProgressAfterMs)
             return true;
         const qint64 tenth = done * 10 / total;
         if (tenth != *lastTenth) {
@@ -62,6 +73,11 @@ ProgressHandler stderrProgress(const QString &command, const QString &items, QTe
         }
         return true;
     };
+}
+
+QCommandLineOption quietOption()
+{
+    return QCommandLineOption(QStringLiteral("quiet"), QStringLiteral("Prints no progress lines."));
 }
 
 void print(QTextStream &out, const QString &text)
@@ -86,6 +102,7 @@ int exportCommand(const QStringList &args, QTextStream &out, QTextStream &err)
     const QCommandLineOption force(QStringLiteral("force"),
                                    QStringLiteral("Replaces FILE when it exists already."));
     parser.addOption(force);
+    parser.addOption(quietOption());
     if (auto done = parseArguments(parser, args,
                                    QStringLiteral("Saves every setting of the site to a settings "
                                                   "CSV file (Windows-1252, CR LF)."),
@@ -103,8 +120,9 @@ int exportCommand(const QStringList &args, QTextStream &out, QTextStream &err)
         auto data = std::make_shared<SiteDataInterface>(
             store, HostSession{parser.value(QStringLiteral("user"))});
         SettingsImportExport transfer(data, std::make_shared<EchoLog>(data->MessageLog(), err));
-        transfer.setProgressHandler(
-            stderrProgress(QStringLiteral("export"), QStringLiteral("settings"), err));
+        transfer.setProgressHandler(stderrProgress(QStringLiteral("export"),
+                                                   QStringLiteral("settings"), err,
+                                                   parser.isSet(QStringLiteral("quiet"))));
         ExportCounts counts;
         if (!transfer.ExportSettings(fileName, counts)) {
             print(out, texts::exportFailed(transfer.exportErrorText()));
@@ -130,6 +148,7 @@ int importCommand(const QStringList &args, QTextStream &out, QTextStream &err)
         QStringLiteral("Lists what the import would change and which lines it would refuse, "
                        "and changes nothing."));
     parser.addOption(dryRun);
+    parser.addOption(quietOption());
     if (auto done = parseArguments(parser, args,
                                    QStringLiteral("Changes every setting whose value in a "
                                                   "settings CSV file differs from the site's."),
@@ -148,8 +167,9 @@ int importCommand(const QStringList &args, QTextStream &out, QTextStream &err)
             store, HostSession{parser.value(QStringLiteral("user"))});
         const auto siteLog = data->MessageLog();
         SettingsImportExport transfer(data, std::make_shared<EchoLog>(siteLog, err));
-        transfer.setProgressHandler(
-            stderrProgress(QStringLiteral("import"), QStringLiteral("lines"), err));
+        transfer.setProgressHandler(stderrProgress(QStringLiteral("import"),
+                                                   QStringLiteral("lines"), err,
+                                                   parser.isSet(QStringLiteral("quiet"))));
         QString errorText;
         ImportCounts counts;
         if (parser.isSet(dryRun)) {

@@ -4,6 +4,7 @@
 #include "calstart_commands.h"
 #include "cliutil.h"
 #include "commands.h"
+#include "history_commands.h"
 
 #include <QCoreApplication>
 
@@ -27,6 +28,7 @@ const Command kCommands[] = {
     {"list", listCommand, "PID, type and name of parameters (--site SITE [--type CODE])"},
     {"get", getCommand, "values as the settings list shows them (--site SITE PID...)"},
     {"set", setCommand, "change a setting (--site SITE --user USER PID VALUE)"},
+    {"history", historyCommand, "recorded changes of a setting, newest first (--site SITE PID)"},
     {"export", exportCommand, "save every setting to a CSV file (--site SITE [--force] FILE)"},
     {"import", importCommand, "load a CSV file (--site SITE --user USER [--dry-run] FILE)"},
     {"cal", calCommand,

@@ -111,6 +111,7 @@ void DICalConfirm::Teardown()
             }
             m_rows.clear();
             m_pendingRows.clear();
+            m_pendingTexts.clear();
             m_nextIndex = 0;
             m_showingRows = false;
             if (mobjCalConfirmPendingInterval) {
@@ -188,6 +189,7 @@ DICalConfirmSingle *DICalConfirm::addRow(qint32 pid, const XmlNode &calStart,
 void DICalConfirm::clearRow(DICalConfirmSingle *row, const QDateTime &now)
 {
     m_pendingRows.remove(row->Param());
+    m_pendingTexts.remove(row->Param());
     logLine(Severity::Note,
             u"CSET-0091: Clear pending cal confirmation (" + FormatPid(row->Param()) + u')');
     row->setHoldInterval(mobjDI->Clock()->CreateInterval(
@@ -208,18 +210,31 @@ void DICalConfirm::refresh()
             bool changed = false;
             NewCalConfirmEvent added;
             for (const qint32 pid : std::as_const(m_pids)) {
+                std::optional<QString> text;
                 XmlNode calStart;
-                guarded([&] { calStart = GetCalConfirmNode(mobjLog.get(), *mobjCDR, pid); },
-                        [&](const CaughtError &error) {
-                            logLine(Severity::Error, u"CSET-0053: " + error.errorText());
-                        });
+                DICalConfirmSingle *row = nullptr;
+                bool unchanged = false;
+                guarded(
+                    [&] {
+                        text = GetCalConfirmText(mobjLog.get(), *mobjCDR, pid);
+                        row = findRow(pid, false);
+                        unchanged = text && row && m_pendingTexts.value(pid) == *text;
+                        if (text && !unchanged) {
+                            calStart = CalConfirmNodeOfText(mobjLog.get(), *text, pid);
+                        }
+                    },
+                    [&](const CaughtError &error) {
+                        logLine(Severity::Error, u"CSET-0053: " + error.errorText());
+                    });
+                if (unchanged) {
+                    continue;
+                }
                 if (!calStart) {
                     logLine(Severity::Error, u"CSET-0050: Can't confirm/cancel cal; no XValue "
                                              u"available ("
                                                  + FormatPid(pid) + u')');
                     continue;
                 }
-                DICalConfirmSingle *row = findRow(pid, false);
                 const PendingCalState state = ReadPendingCalState(calStart);
                 if (!state.pending) {
                     if (row) {
@@ -231,6 +246,7 @@ void DICalConfirm::refresh()
                 if (row) {
                     row->setDocument(calStart, state.texts);
                     row->AddPendingCal(pid, false);
+                    m_pendingTexts.insert(pid, *text);
                     continue;
                 }
                 logLine(Severity::Note,
@@ -238,6 +254,7 @@ void DICalConfirm::refresh()
                 guarded(
                     [&] {
                         addRow(pid, calStart, state.texts);
+                        m_pendingTexts.insert(pid, *text);
                         added.pids.append(pid);
                         changed = true;
                     },
@@ -278,6 +295,7 @@ void DICalConfirm::ClearPendingCal(qint32 pid)
             m_rows.removeOne(row);
             if (m_pendingRows.value(pid) == row) {
                 m_pendingRows.remove(pid);
+                m_pendingTexts.remove(pid);
             }
             // Later: the hold timer that brought us here is still delivering its expiry.
             row->deleteLater();

@@ -88,6 +88,9 @@ private:
     QList<DICalConfirmSingle *> m_rows;
     // The rows still pending, by PID: each refresh looks up every calibration parameter.
     QHash<qint32, DICalConfirmSingle *> m_pendingRows;
+    // The record text each pending row was last read from: the same text again changes nothing,
+    // and the minute's refresh of an unchanged panel then parses nothing.
+    QHash<qint32, QString> m_pendingTexts;
     int m_nextIndex = 0;
     bool m_showingRows = false;
 

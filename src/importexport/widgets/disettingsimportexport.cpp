@@ -17,6 +17,7 @@
 #include <QLineEdit>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QSettings>
 #include <QVBoxLayout>
 
 namespace olvex {
@@ -43,6 +44,31 @@ QLineEdit *makeFileBox(const QString &name, QWidget *parent)
     box->setClearButtonEnabled(true);
     new FileDropFilter(box);
     return box;
+}
+
+// The last folders the operator chose a file in, kept between runs in the user's settings.
+const QString kLastExportFolder = QStringLiteral("folders/export");
+const QString kLastImportFolder = QStringLiteral("folders/import");
+
+void rememberFolder(const QString &chosenFile, const QString &key)
+{
+    QSettings().setValue(key, QFileInfo(chosenFile).absolutePath());
+}
+
+// Where a file dialog opens: the file in the box when its folder exists, else the same name in
+// the folder last chosen.
+QString startingPoint(const QString &boxText, const QString &key)
+{
+    const QString text = boxText.trimmed();
+    const QFileInfo file(text);
+    if (!text.isEmpty() && file.dir().exists()) {
+        return text;
+    }
+    const QString folder = QSettings().value(key).toString();
+    if (folder.isEmpty() || !QDir(folder).exists()) {
+        return text;
+    }
+    return QDir(folder).filePath(file.fileName());
 }
 
 // Sets the enabled state and, for a disabled control, the reason as its tooltip.
@@ -188,11 +214,13 @@ void DISettingsImportExport::chooseExportFile()
     guarded(
         [&] {
             const QString chosen
-                = m_ui.getSaveFileName(this, tr("Export Settings"), m_txtExportFile->text(),
+                = m_ui.getSaveFileName(this, tr("Export Settings"),
+                                       startingPoint(m_txtExportFile->text(), kLastExportFolder),
                                        kFileFilter, kDefaultExtension);
             if (!chosen.isEmpty()) {
                 m_txtExportFile->setText(QDir::toNativeSeparators(chosen));
                 m_confirmedExportFile = m_txtExportFile->text();
+                rememberFolder(chosen, kLastExportFolder);
             }
         },
         [&](const CaughtError &error) { logError(texts::handlerFault(error.errorText())); });
@@ -202,10 +230,13 @@ void DISettingsImportExport::chooseImportFile()
 {
     guarded(
         [&] {
-            const QString chosen = m_ui.getOpenFileName(this, tr("Import Settings"),
-                                                        m_txtImportFile->text(), kFileFilter);
-            if (!chosen.isEmpty())
+            const QString chosen = m_ui.getOpenFileName(
+                this, tr("Import Settings"),
+                startingPoint(m_txtImportFile->text(), kLastImportFolder), kFileFilter);
+            if (!chosen.isEmpty()) {
                 m_txtImportFile->setText(QDir::toNativeSeparators(chosen));
+                rememberFolder(chosen, kLastImportFolder);
+            }
         },
         [&](const CaughtError &error) { logError(texts::handlerFault(error.errorText())); });
 }
@@ -315,6 +346,7 @@ void DISettingsImportExport::runImport()
             const bool ok = m_transfer->ImportSettings(fileName, errorText, counts);
             m_transfer->setProgressHandler({});
             progress.reset();
+            Q_EMIT Imported();
             if (ok) {
                 const QString summary = texts::importSummary(fileName, counts, errorText);
                 m_importResult->showResult(summary, m_transfer->linesNotChanged());

@@ -40,6 +40,10 @@ public:
     // Work of at least this many lines shows a progress dialog with Cancel.
     void setProgressThreshold(int lines) { m_progressThreshold = lines; }
 
+Q_SIGNALS:
+    // An import ran: settings of the site may have changed (or wait for the service).
+    void Imported();
+
 private:
     void chooseExportFile();
     void chooseImportFile();

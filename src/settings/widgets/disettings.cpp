@@ -84,6 +84,9 @@ void DISettings::buildControls()
     auto *settingButtons = new QHBoxLayout;
     settingButtons->addWidget(m_cmdChange);
     settingButtons->addWidget(m_cmdChangeToDefault);
+    m_cmdHistory = new QPushButton(QStringLiteral("History..."), m_fraSettings);
+    m_cmdHistory->setObjectName(QStringLiteral("cmdHistory"));
+    settingButtons->addWidget(m_cmdHistory);
     settingButtons->addStretch();
     auto *settingsLayout = new QVBoxLayout(m_fraSettings);
     settingsLayout->setContentsMargins(0, 0, 0, 0);
@@ -119,9 +122,12 @@ void DISettings::buildControls()
     m_splitter->addWidget(views);
     m_splitter->setStretchFactor(0, 1);
     m_splitter->setStretchFactor(1, 3);
-    auto *layout = new QHBoxLayout(this);
+    auto *findBar = new QWidget(this);
+    buildFindBar(findBar);
+    auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_splitter);
+    layout->addWidget(findBar);
+    layout->addWidget(m_splitter, 1);
 
     connect(m_tvwGroups, &KeyedTree::nodeClicked, this, &DISettings::tvwGroups_NodeClick);
     connect(m_lsvSettings, &ReportList::rowClicked, this, &DISettings::lsvSettings_ItemClick);
@@ -131,6 +137,8 @@ void DISettings::buildControls()
     connect(m_cmdChangeToDefault, &QPushButton::clicked, this,
             &DISettings::cmdChangeToDefault_Click);
     connect(m_cmdChangeAlarm, &QPushButton::clicked, this, &DISettings::cmdChangeAlarm_Click);
+    connect(m_cmdHistory, &QPushButton::clicked, this, &DISettings::cmdHistory_Click);
+    buildContextMenu();
     // Enter or a double click on a row that can be changed starts the change; the flow itself
     // tells an account without the privilege why nothing happens.
     connect(m_lsvSettings, &ReportList::rowActivated, this, [this](QTreeWidgetItem *row) {
@@ -167,6 +175,7 @@ void DISettings::Setup(std::shared_ptr<DataInterface> dataInterface, bool startR
     guarded(
         [&] {
             Teardown();
+            m_groupMembers.clear();
             // A second Setup may bring another site: nothing of the first may stay on screen.
             m_tvwGroups->clearNodes();
             clearViews();
@@ -191,7 +200,9 @@ void DISettings::Setup(std::shared_ptr<DataInterface> dataInterface, bool startR
                 m_tvwGroups->selectNode(nullptr);
             }
 
+            m_live = startRefresh;
             if (startRefresh) {
+                watchPendingRows();
                 mobjRefreshValues = mobjDI->Clock()->CreateInterval(
                     IntervalSpec{60, 21, std::nullopt, QStringLiteral("Refresh Setting window"),
                                  true, false, true, 1000, 60});
@@ -204,7 +215,9 @@ void DISettings::Setup(std::shared_ptr<DataInterface> dataInterface, bool startR
 
 void DISettings::Teardown()
 {
-    // The timer goes first: nothing may fire into a control whose data interface is gone.
+    // The timers go first: nothing may fire into a control whose data interface is gone.
+    stopWatchingPendingRows();
+    m_live = false;
     if (mobjRefreshValues) {
         disconnect(mobjRefreshValues.get(), nullptr, this, nullptr);
         guarded([&] { mobjRefreshValues->Stop(); }, [](const CaughtError &) {});

@@ -2,14 +2,20 @@
 
 #include "common/host.h"
 #include "common/olvexexport.h"
+#include "settings/settingfind.h"
 
+#include <QHash>
+#include <QList>
 #include <QString>
 #include <QWidget>
 
 #include <memory>
 #include <optional>
+#include <utility>
 
+class QAction;
 class QFrame;
+class QLineEdit;
 class QPushButton;
 class QSplitter;
 class QTextEdit;
@@ -60,6 +66,19 @@ public:
     void cmdChange_Click();
     void cmdChangeToDefault_Click();
     void cmdChangeAlarm_Click();
+    void cmdHistory_Click();
+
+    // Re-reads the shown group at once, keeping the selected row (F5, Refresh, after an import).
+    void Refresh();
+    // Re-reads the rows whose change waits for the service: called when the service has applied
+    // items, and every second while such rows are shown.
+    void RefreshPendingRows();
+    // Shows only the groups and settings whose name holds text, or the setting of the PID text
+    // names; empty text shows all again.
+    void ApplyFind(const QString &text);
+    // What hovering a settings row shows: its name, unit, recommended range, whether the value
+    // lies outside it, and what its icon means.
+    QString RowToolTip(QTreeWidgetItem *row);
 
     // The controls, by their names.
     KeyedTree *tvwGroups() const { return m_tvwGroups; }
@@ -72,14 +91,24 @@ public:
     ReportList *lsvAlarmSettings() const { return m_lsvAlarmSettings; }
     QPushButton *cmdChangeAlarm() const { return m_cmdChangeAlarm; }
     QTextEdit *rtfboxInstructions2() const { return m_rtfboxInstructions2; }
+    QLineEdit *txtFind() const { return m_txtFind; }
+    QAction *actRefresh() const { return m_actRefresh; }
+    QPushButton *cmdHistory() const { return m_cmdHistory; }
+    QSplitter *splitter() const { return m_splitter; }
 
     bool hasRefreshTimer() const { return mobjRefreshValues != nullptr; }
+    bool isWatchingPendingRows() const { return mobjWatchPending != nullptr; }
 
 Q_SIGNALS:
     void Problem(const QString &message);
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
 private:
     void buildControls();
+    void buildFindBar(QWidget *bar);
+    void buildContextMenu();
     void setCaptions();
     void emitProblem(const QString &prefix, const CaughtError &error);
     void clearViews();
@@ -90,6 +119,23 @@ private:
     void showSettingState(QTreeWidgetItem *row, const Parameter &definition, bool alternativeState,
                           MessageLog *log);
     void showAlarmSetpoints(QTreeWidgetItem *row, const Parameter &definition);
+    // The amber mark of a shown number value outside its recommended range (the tooltip,
+    // RowToolTip, is made when asked for: a fill of thousands of rows does not pay for it).
+    void showRowFacts(QTreeWidgetItem *row, const Parameter &definition, const Value &shownValue);
+    // Starts the one-second watch when a shown row waits for the service, ends it when none
+    // does.
+    void watchPendingRows();
+    void stopWatchingPendingRows();
+    // The Find text applied to the tree and to the shown list; the shown group changes to the
+    // first one left when the find hides it.
+    void applyFindToTree();
+    void applyFindToRows();
+    // The rows in the order of the column header the operator clicked (none: the group's).
+    void applySortOrder();
+    // Disables the default button when the shown value already is the default.
+    void setDefaultButtonState(QTreeWidgetItem *row, const Parameter &definition, int dataType);
+    // Whether writing wanted would leave the shown, settled value as it is: nothing is posted.
+    bool wouldChangeNothing(QTreeWidgetItem *row, const Parameter &definition, const Value &wanted);
     void disableSettingButtons(const QString &why);
     void disableAlarmButton(const QString &why);
     // Why the selected setting cannot be changed by this account; empty when it can.
@@ -117,6 +163,15 @@ private:
     std::shared_ptr<DataInterface> mobjDI;
     std::shared_ptr<Security> mobjSecurity;
     IntervalPtr mobjRefreshValues;
+    IntervalPtr mobjWatchPending;
+    bool m_live = false; // set up with the minute's refresh: also watch pending rows
+
+    SettingFind m_find;
+    bool m_rowsFiltered = false; // some row of the lists may be hidden by a find
+    // Each group's member settings (PID, name), read when a find first needs them.
+    QHash<qint32, QList<std::pair<qint32, QString>>> m_groupMembers;
+    int m_sortColumn = -1;
+    Qt::SortOrder m_sortOrder = Qt::AscendingOrder;
 
     QSplitter *m_splitter = nullptr;
     KeyedTree *m_tvwGroups = nullptr;
@@ -129,6 +184,9 @@ private:
     ReportList *m_lsvAlarmSettings = nullptr;
     QPushButton *m_cmdChangeAlarm = nullptr;
     QTextEdit *m_rtfboxInstructions2 = nullptr;
+    QLineEdit *m_txtFind = nullptr;
+    QAction *m_actRefresh = nullptr;
+    QPushButton *m_cmdHistory = nullptr;
 };
 
 } // namespace olvex

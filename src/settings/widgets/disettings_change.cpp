@@ -150,9 +150,13 @@ void DISettings::cmdChange_Click()
                 ui.beep(); // refused entry: nothing written
                 return;
             }
+            if (wouldChangeNothing(row, *definition, *newValue)) {
+                return; // the setting holds that value already: nothing for the service to do
+            }
             definition->SetValues(3, *newValue);
             FillSettingsRow(row);
             lsvSettings_ItemClick(row);
+            watchPendingRows();
         },
         [this](const CaughtError &error) {
             emitProblem(QStringLiteral("SED-001/UI-029: "), error);
@@ -172,9 +176,14 @@ void DISettings::cmdChangeToDefault_Click()
                 return;
             }
             const ParameterPtr definition = directory()->GetPid(pid, true);
-            definition->SetValues(3, definition->GetAttribute(SettingAttr::DefaultValue));
+            const Value defaultValue = definition->GetAttribute(SettingAttr::DefaultValue);
+            if (wouldChangeNothing(row, *definition, defaultValue)) {
+                return;
+            }
+            definition->SetValues(3, defaultValue);
             FillSettingsRow(row);
             lsvSettings_ItemClick(row);
+            watchPendingRows();
         },
         [this](const CaughtError &error) {
             emitProblem(QStringLiteral("SED-003/UI-027: "), error);

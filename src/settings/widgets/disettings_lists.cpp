@@ -169,8 +169,11 @@ void DISettings::FillSettingsList(const Value &pids, bool selectFirst)
             throw *members.stop;
         }
     }
+    applyFindToRows();
+    applySortOrder();
     selectFirstSetting(selectFirst, &DISettings::lsvSettings_ItemClick);
     m_lsvSettings->autoSizeColumn(1);
+    watchPendingRows();
 }
 
 void DISettings::FillAlarmList(const Value &pids, bool selectFirst)
@@ -201,6 +204,7 @@ void DISettings::FillAlarmList(const Value &pids, bool selectFirst)
     }
     // The first-row selection looks at the settings list, where only undefined members of an
     // alarm group land; an alarm row is selected only by the operator.
+    applyFindToRows();
     selectFirstSetting(selectFirst, &DISettings::lsvAlarmSettings_ItemClick);
     m_lsvAlarmSettings->autoSizeColumn(1);
 }
@@ -208,8 +212,11 @@ void DISettings::FillAlarmList(const Value &pids, bool selectFirst)
 void DISettings::selectFirstSetting(bool selectFirst,
                                     void (DISettings::*onSelected)(QTreeWidgetItem *))
 {
-    if (m_lsvSettings->rowCount() > 0 && selectFirst) {
-        QTreeWidgetItem *first = m_lsvSettings->row(0);
+    QTreeWidgetItem *first = nullptr;
+    for (int i = 0; i < m_lsvSettings->rowCount() && !first; ++i) {
+        first = m_lsvSettings->row(i)->isHidden() ? nullptr : m_lsvSettings->row(i);
+    }
+    if (first && selectFirst) {
         m_lsvSettings->selectRow(first);
         (this->*onSelected)(first);
     } else {
@@ -241,6 +248,7 @@ void DISettings::showSettingState(QTreeWidgetItem *row, const Parameter &definit
         m_lsvSettings->setSmallIcon(row, state.icon);
     }
     ReportList::setSubItem(row, 1, state.valueText);
+    showRowFacts(row, definition, state.shownValue);
     if (!state.formatProblem.isEmpty()) {
         Q_EMIT Problem(state.formatProblem);
     }

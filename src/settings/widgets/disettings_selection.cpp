@@ -92,6 +92,7 @@ void DISettings::lsvSettings_ItemClick(QTreeWidgetItem *row)
             m_cmdChangeToDefault->setEnabled(true);
             m_cmdChangeToDefault->setToolTip(u"Set " + name + u" to its default value ("
                                              + row->text(2) + u").");
+            setDefaultButtonState(row, *definition, dataType);
         },
         [this](const CaughtError &error) {
             emitProblem(QStringLiteral("SED-010/UI-028: "), error);

@@ -2,6 +2,8 @@
 
 #include "settings/settingdisplay.h"
 
+#include <QString>
+
 // A static library's resources are registered by hand, once, outside any namespace.
 static void registerSettingsResources()
 {
@@ -36,6 +38,32 @@ QHash<int, QIcon> settingIcons()
         {SettingIcon::WriteOnly, resourceIcon("setting-writeonly")},
         {SettingIcon::WriteOnlyHighLevel, resourceIcon("setting-writeonly-high")},
     };
+}
+
+QString settingIconMeaning(int icon)
+{
+    const QString high = QStringLiteral(" The red mark: a setting of a high level.");
+    switch (icon) {
+    case SettingIcon::Undefined:
+        return QStringLiteral("This PID has no definition on the site.");
+    case SettingIcon::ReadOnly:
+        return QStringLiteral("Read-only: shown, not changed here.");
+    case SettingIcon::ReadOnlyHighLevel:
+        return QStringLiteral("Read-only: shown, not changed here.") + high;
+    case SettingIcon::Changeable:
+        return QStringLiteral("Can be read and changed.");
+    case SettingIcon::ChangeableHighLevel:
+        return QStringLiteral("Can be read and changed.") + high;
+    case SettingIcon::WriteOnly:
+        return QStringLiteral("Write-only: a new value can be given, the current one is not "
+                              "shown.");
+    case SettingIcon::WriteOnlyHighLevel:
+        return QStringLiteral("Write-only: a new value can be given, the current one is not "
+                              "shown.")
+               + high;
+    default:
+        return {};
+    }
 }
 
 QIcon groupIcon(bool alarmGroup)

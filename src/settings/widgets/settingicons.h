@@ -10,6 +10,9 @@ namespace olvex {
 // even without colour; the level-above-50 variants add a red badge.
 QHash<int, QIcon> settingIcons();
 
+// What a settings row's icon tells the operator; empty for a number without a meaning.
+QString settingIconMeaning(int icon);
+
 // The node image of a setting group.
 QIcon groupIcon(bool alarmGroup);
 

@@ -116,39 +116,35 @@ TEST_F(CalConfirmPanelTest, PendingOnlyBetweenRefreshesNeverGetsARow)
 
 TEST_F(CalConfirmPanelTest, AnswersShowTheChoiceAndSendIt)
 {
-    struct Case
-    {
-        bool confirm;
-        QString caption;
-        QString items;
-        QString clearedText;
-    };
-    for (const Case &c :
-         {Case{true, u"Confirmed"_s,
-               u"CalConfirm\" newValue=\"1\" />\r\n<Item id=\"CalCancel\" newValue=\"0\""_s,
-               u"Starting Now"_s},
-          Case{false, u"Canceled"_s,
-               u"CalConfirm\" newValue=\"0\" />\r\n<Item id=\"CalCancel\" newValue=\"1\""_s,
-               u"Canceling Now"_s}}) {
-        SCOPED_TRACE(c.caption.toStdString());
+    // Which button, its caption once pressed, the items sent, the start time text once cleared.
+    const std::tuple<bool, QString, QString, QString> cases[]
+        = {{true, u"Confirmed"_s,
+            u"CalConfirm\" newValue=\"1\" />\r\n<Item id=\"CalCancel\" newValue=\"0\""_s,
+            u"Starting Now"_s},
+           {false, u"Canceled"_s,
+            u"CalConfirm\" newValue=\"0\" />\r\n<Item id=\"CalCancel\" newValue=\"1\""_s,
+            u"Canceling Now"_s}};
+    for (const auto &[confirm, caption, items, clearedText] : cases) {
+        SCOPED_TRACE(caption.toStdString());
         site.reader->set(kSO2Cal, calRecord(true));
         minute();
         ASSERT_NE(row(), nullptr);
-        QPushButton *pressed = c.confirm ? row()->btnConfirmCal() : row()->btnCancelCal();
-        QPushButton *other = c.confirm ? row()->btnCancelCal() : row()->btnConfirmCal();
+        QPushButton *pressed = confirm ? row()->btnConfirmCal() : row()->btnCancelCal();
+        QPushButton *other = confirm ? row()->btnCancelCal() : row()->btnConfirmCal();
         posted = site.postedTexts().size();
         pressed->click();
-        EXPECT_EQ(pressed->text(), c.caption);
+        EXPECT_EQ(pressed->text(), caption);
         EXPECT_FALSE(pressed->isEnabled());
         EXPECT_FALSE(pressed->isHidden());
         EXPECT_TRUE(other->isHidden());
         EXPECT_TRUE(row()->txtDefaultAction()->isHidden());
         ASSERT_EQ(newPosts().size(), 1);
-        EXPECT_TRUE(newPosts().first().contains(c.items));
+        EXPECT_TRUE(newPosts().first().contains(items));
+        EXPECT_EQ(site.di->messageRecords()->posts().last().sourceCode, u"CSET-0046");
 
         site.reader->set(kSO2Cal, calRecord(false));
         minute();
-        EXPECT_EQ(row()->txtStartTime()->text(), c.clearedText);
+        EXPECT_EQ(row()->txtStartTime()->text(), clearedText);
         minute();
         EXPECT_EQ(row(), nullptr);
     }

@@ -53,13 +53,7 @@ protected:
 
 TEST_F(CylinderListTest, ListTextChoosesTheRows)
 {
-    struct Case
-    {
-        QString cylinderList;
-        QStringList ids;
-        QStringList logged;
-    };
-    const QList<Case> cases{
+    const QList<std::tuple<QString, QStringList, QStringList>> cases{
         {QString(), {u"CC412233"_s, u"EB0091774"_s, u"XL55012"_s}, {}},
         {u"0,"_s + QString::number(cylinderPid(3)), {u"XL55012"_s}, {}},
         {QString::number(cylinderPid(2)) + u",20170099,"_s + QString::number(cylinderPid(1)),
@@ -69,12 +63,12 @@ TEST_F(CylinderListTest, ListTextChoosesTheRows)
          {u"No cylinders"_s},
          {u"CSET-0003: can't load cylinder 0-201-7-00-99; PID does not exist"_s}},
     };
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.cylinderList.toStdString());
+    for (const auto &[cylinderList, expected, logged] : cases) {
+        SCOPED_TRACE(cylinderList.toStdString());
         log->clear();
-        list.Setup(log, di, c.cylinderList);
-        EXPECT_EQ(ids(), c.ids);
-        EXPECT_EQ(log->texts(), c.logged);
+        list.Setup(log, di, cylinderList);
+        EXPECT_EQ(ids(), expected);
+        EXPECT_EQ(log->texts(), logged);
     }
     EXPECT_EQ(list.lsvCylinders()->headerItem()->text(5), u"Pressure"_s);
 }

