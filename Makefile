@@ -10,7 +10,7 @@ export CCACHE_BASEDIR ?= $(CURDIR)
 CONFIGURE  = cmake -S . -G Ninja -DCMAKE_EXPORT_COMPILE_COMMANDS=ON $(LAUNCHER) $(CMAKE_ARGS)
 SHOTS      ?= $(CURDIR)/$(BUILD)/screenshots
 
-.PHONY: all deps build run test test-asan fuzz bench format clean
+.PHONY: all deps build run test test-asan fuzz bench format clean package
 
 all: build
 
@@ -32,16 +32,26 @@ run: build
 		QT_QPA_PLATFORM=offscreen $(BUILD)/src/apps/monitor/olvex-monitor --screenshot $(SHOTS) $(ARGS); \
 	fi
 
+# Every test, PostgreSQL ones included: a private throwaway cluster in the build tree serves
+# them (tools/with-test-postgres.sh; an OLVEX_TEST_PG already set is used instead).
+# CTEST_ARGS="-LE package" leaves out the install, example and package tests.
 test: build
 	@tools/ensure-deps.sh test
-	cd $(BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
+	QT_QPA_PLATFORM=offscreen tools/with-test-postgres.sh $(BUILD) \
+		ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) $(CTEST_ARGS)
+
+# Debian packages of the build: libraries, development files, Designer plugin, programs.
+package: build
+	@tools/ensure-deps.sh package
+	cd $(BUILD) && cpack -G DEB
 
 test-asan:
 	@tools/ensure-deps.sh build test
 	@[ -f build-asan/build.ninja ] || $(CONFIGURE) -B build-asan -DCMAKE_BUILD_TYPE=Debug -DOLVEX_SANITIZE=ON
 	cmake --build build-asan -j $(JOBS)
 	cd build-asan && QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0 \
-		UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
+		UBSAN_OPTIONS=print_stacktrace=1 ../tools/with-test-postgres.sh . \
+		ctest --output-on-failure -j $(JOBS) $(CTEST_ARGS)
 
 # Each libFuzzer target runs for FUZZ_SECONDS (60 by default); a finding stops with its input.
 FUZZ_SECONDS ?= 60

@@ -28,11 +28,12 @@ set(OLVEX_SOURCE_ROOT ${PROJECT_SOURCE_DIR}/src)
 
 # olvex_core_sources(<files...>) / olvex_ui_sources(<files...>): a src folder adds its files to
 # one of the two libraries. Core files are headless; widget code lives in widgets/ subfolders.
+# The files compile once, into the libraries' object sets (see src/CMakeLists.txt).
 function(olvex_core_sources)
-    target_sources(olvex_core PRIVATE ${ARGN})
+    target_sources(olvex_core_objects PRIVATE ${ARGN})
 endfunction()
 function(olvex_ui_sources)
-    target_sources(olvex_ui PRIVATE ${ARGN})
+    target_sources(olvex_ui_objects PRIVATE ${ARGN})
 endfunction()
 
 # olvex_folder_sources(): the usual case: *.cpp/*.h of the folder go to olvex_core, those of its
@@ -64,6 +65,8 @@ function(olvex_add_executable)
     cmake_parse_arguments(ARG "" "NAME" "SOURCES;LIBS" ${ARGN})
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} olvex_build)
+    # For --version; on the programs only, so that a release does not rebuild the libraries.
+    target_compile_definitions(${ARG_NAME} PRIVATE OLVEX_VERSION="${PROJECT_VERSION}")
 endfunction()
 
 # olvex_add_test(NAME <name> SOURCES ... [LIBS ...] [GUI] [POSTGRES] [LABELS ...])

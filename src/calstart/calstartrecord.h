@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QString>
 #include <QTime>
 
@@ -12,14 +14,14 @@ class XmlDocument;
 
 // A channel id as the record writes it in an `ioid` attribute: "17" or "C17". The leading C is
 // dropped; what remains names a usable channel only when it is a whole number above 0.
-QString channelIdText(const QString &ioid);
-std::optional<int> usableChannel(const QString &ioid);
+OLVEX_CORE_EXPORT QString channelIdText(const QString &ioid);
+OLVEX_CORE_EXPORT std::optional<int> usableChannel(const QString &ioid);
 
 // The calibration start settings record of one calibration parameter, read from the
 // parameter's XML value (elements under //CalStart/). A missing element reads as its type's
 // empty value: false, "" or no time. The service owns the record; the control only reads it
 // and sends changes by command.
-struct CalStartRecord
+struct OLVEX_CORE_EXPORT CalStartRecord
 {
     // Edited by the operator.
     bool calEnabled = false;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QList>
 #include <QString>
 #include <QTime>
@@ -17,20 +19,20 @@ struct CalStartRecord;
 
 // Hours and minutes of a text that reads as a time ("06:50", "6:50 AM", a date and time);
 // nullopt when it does not.
-std::optional<QTime> readTimeOfDay(const QString &text);
+OLVEX_CORE_EXPORT std::optional<QTime> readTimeOfDay(const QString &text);
 
 // The daily time as the field should show it after the operator leaves it: nullopt when the
 // text is no time (the field keeps the focus). A time from 00:00 through 00:04 becomes 00:05:
 // the daily check is never scheduled in the first minutes after midnight.
-std::optional<QTime> acceptCalStartTime(const QString &text);
+OLVEX_CORE_EXPORT std::optional<QTime> acceptCalStartTime(const QString &text);
 // The time in the locale's short time format ("6:50 AM", "06:50").
-QString calStartTimeText(const QTime &time);
+OLVEX_CORE_EXPORT QString calStartTimeText(const QTime &time);
 
 // A minutes text: numeric or not.
-bool isMinutesText(const QString &text);
+OLVEX_CORE_EXPORT bool isMinutesText(const QString &text);
 // The confirmation timeout after leaving the field: nullopt when not numeric, "1" below 1,
 // "480" above 480, otherwise the text as typed.
-std::optional<QString> clampConfirmTimeout(const QString &text);
+OLVEX_CORE_EXPORT std::optional<QString> clampConfirmTimeout(const QString &text);
 
 // What the operator has ticked, for the enabling rules.
 struct CalStartTicks
@@ -58,13 +60,14 @@ struct CalStartEnabling
     bool abortButton = false;
 };
 
-CalStartEnabling calStartEnabling(const CalStartRecord &record, const CalStartTicks &ticks);
+OLVEX_CORE_EXPORT CalStartEnabling calStartEnabling(const CalStartRecord &record,
+                                                    const CalStartTicks &ticks);
 
 // Whether the parameters belong to more than one plant unit (the unit each PID encodes).
-bool belongToSeveralUnits(const QList<std::shared_ptr<Parameter>> &parameters);
+OLVEX_CORE_EXPORT bool belongToSeveralUnits(const QList<std::shared_ptr<Parameter>> &parameters);
 // The caption of a parameter's row: with several units "(" + unit name + ") " + name unless the
 // name holds the unit's name already; "[ERROR] " in front when the data interface flags the
 // parameter in error.
-QString calParameterCaption(const Parameter &parameter, bool severalUnits);
+OLVEX_CORE_EXPORT QString calParameterCaption(const Parameter &parameter, bool severalUnits);
 
 } // namespace olvex

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QString>
 
 namespace olvex {
@@ -22,17 +24,19 @@ struct StatusLine
 
 // The 26-operating-hour line: OpHoursStatusString while CalEnabled, CanDetermineOpHours and
 // CalEvery26OpHours are all true; red from 26 hours since the last online check.
-StatusLine UpdateOnlineCalStatus(DataInterface &dataInterface, MessageLog *log, qint32 pid);
+OLVEX_CORE_EXPORT StatusLine UpdateOnlineCalStatus(DataInterface &dataInterface, MessageLog *log,
+                                                   qint32 pid);
 // The automatic calibration line: UserFriendlyStatus as it stands.
-StatusLine UpdateAutoCalStatus(DataInterface &dataInterface, MessageLog *log, qint32 pid);
+OLVEX_CORE_EXPORT StatusLine UpdateAutoCalStatus(DataInterface &dataInterface, MessageLog *log,
+                                                 qint32 pid);
 
 // The same two lines from a record already loaded (a control that has just read the value
 // need not read it again).
-StatusLine onlineCalStatusOf(const CalStartRecord &record);
-StatusLine autoCalStatusOf(const CalStartRecord &record);
+OLVEX_CORE_EXPORT StatusLine onlineCalStatusOf(const CalStartRecord &record);
+OLVEX_CORE_EXPORT StatusLine autoCalStatusOf(const CalStartRecord &record);
 
 // The texts of the two help buttons, lines joined by CR LF, a blank line between paragraphs.
-QString OpHoursHelpText();
-QString ConfirmationHelpText();
+OLVEX_CORE_EXPORT QString OpHoursHelpText();
+OLVEX_CORE_EXPORT QString ConfirmationHelpText();
 
 } // namespace olvex

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 // The audit trail as the components see it: an optional interface a data interface may also
 // implement (a component asks with dynamic_cast and does without when it is absent).
 
@@ -14,7 +16,7 @@
 namespace olvex {
 
 // One change of a parameter: of its current value (attribute nullopt) or of one attribute.
-struct AuditEntry
+struct OLVEX_CORE_EXPORT AuditEntry
 {
     QDateTime when;
     QString userName;
@@ -26,7 +28,7 @@ struct AuditEntry
     QString source;
 };
 
-class AuditTrail
+class OLVEX_CORE_EXPORT AuditTrail
 {
 public:
     virtual ~AuditTrail() = default;

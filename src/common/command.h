@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 // Command records: the only way the components ask the data acquisition service to do something.
 // A command is one XML element written as text (not through an XML library, so that its exact
 // spacing is under our control), posted as a message record under a record type.
@@ -24,10 +26,10 @@ inline const QString Q2Io = QStringLiteral("Q2IOCOMMAND");
 } // namespace RecordType
 
 // "&" -> "&amp;", "<" -> "&lt;", ">" -> "&gt;", '"' -> "&quot;", degree sign -> "&#176;".
-QString XmlEscape(const QString &text);
+OLVEX_CORE_EXPORT QString XmlEscape(const QString &text);
 
 // One <Item id=".." newValue=".." /> child of a command.
-struct CommandItem
+struct OLVEX_CORE_EXPORT CommandItem
 {
     QString id;
     QString newValue;
@@ -45,7 +47,7 @@ struct CommandItem
 //                  "</Command>", joined by CR LF
 //   blankJoined(): "<Command ", "action=\"X\" ", ..., "/>" joined by one blank, so that two
 //                  blanks stand between the attributes
-class CommandBuilder
+class OLVEX_CORE_EXPORT CommandBuilder
 {
 public:
     // action is always the first attribute. element is "Command" for every command but the
@@ -93,17 +95,18 @@ private:
 };
 
 // The name of the data interface's current user; empty when it has none.
-QString CommandUserName(DataInterface &dataInterface);
+OLVEX_CORE_EXPORT QString CommandUserName(DataInterface &dataInterface);
 // The client computer's address as the data interface reports it.
-QString CommandClientAddress(DataInterface &dataInterface);
+OLVEX_CORE_EXPORT QString CommandClientAddress(DataInterface &dataInterface);
 
 // Posts one command record: site identifier, then the message-record writer, of the data
 // interface; the two unused texts are empty. When the writer reports failure, failureLogText is
 // logged with severity 4 (if a log is given) and false is returned; errorText, when given,
 // receives the writer's error text. Exceptions of the data interface propagate; a failing log
 // does not.
-bool PostCommand(DataInterface &dataInterface, MessageLog *log, const QString &recordType,
-                 const QString &text, const QString &sourceCode, const QString &failureLogText,
-                 QString *errorText = nullptr);
+OLVEX_CORE_EXPORT bool PostCommand(DataInterface &dataInterface, MessageLog *log,
+                                   const QString &recordType, const QString &text,
+                                   const QString &sourceCode, const QString &failureLogText,
+                                   QString *errorText = nullptr);
 
 } // namespace olvex

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QString>
 
 #include <boost/multiprecision/cpp_dec_float.hpp>
@@ -14,9 +16,9 @@ using Decimal = boost::multiprecision::number<boost::multiprecision::cpp_dec_flo
 
 // Reads "-12.5", "1e3", "1,234.5" (the current locale's separators) or the C locale form.
 // Blanks around the number are allowed; anything else gives nullopt.
-std::optional<Decimal> parseDecimal(const QString &text);
+OLVEX_CORE_EXPORT std::optional<Decimal> parseDecimal(const QString &text);
 
 // Plain text of a decimal with the locale's decimal separator and no exponent, no trailing zeros.
-QString decimalText(const Decimal &value);
+OLVEX_CORE_EXPORT QString decimalText(const Decimal &value);
 
 } // namespace olvex

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QString>
 
 #include <exception>
@@ -9,7 +11,7 @@ namespace olvex {
 
 // How host objects report failure: an error number and a description, as the operator sees
 // them in the coded line ("Error " + number + ", " + description).
-class Error : public std::exception
+class OLVEX_CORE_EXPORT Error : public std::exception
 {
 public:
     Error(int number, QString description);
@@ -29,7 +31,7 @@ inline constexpr int kOutOfMemoryError = 7;
 inline constexpr int kInternalError = 51;
 
 // What a handler caught, reduced to number and description.
-struct CaughtError
+struct OLVEX_CORE_EXPORT CaughtError
 {
     int number = kInternalError;
     QString description;
@@ -41,7 +43,7 @@ struct CaughtError
 };
 
 // Call only inside a catch block: classifies the exception in flight.
-CaughtError currentError();
+OLVEX_CORE_EXPORT CaughtError currentError();
 
 // Runs body; any exception is turned into a CaughtError and handed to onError, which must not
 // throw. Lets a Qt slot keep the rule that nothing escapes it.

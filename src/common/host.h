@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 // The host's objects as the components see them. The components acquire no data: they read
 // and write only through these interfaces, handed to their Setup as std::shared_ptr. Every
 // operation may throw olvex::Error; the components catch it in the handler that called.
@@ -20,7 +22,7 @@
 
 namespace olvex {
 
-struct LogLine
+struct OLVEX_CORE_EXPORT LogLine
 {
     int severity = 0;
     QString text;
@@ -28,7 +30,7 @@ struct LogLine
     bool operator==(const LogLine &) const = default;
 };
 
-class MessageLog
+class OLVEX_CORE_EXPORT MessageLog
 {
 public:
     virtual ~MessageLog() = default;
@@ -45,7 +47,7 @@ public:
 };
 
 // The value of a parameter as the data acquisition service last stored it.
-struct CurrentValue
+struct OLVEX_CORE_EXPORT CurrentValue
 {
     olvex::Value Value;
     int Status = 0;
@@ -54,7 +56,7 @@ struct CurrentValue
 
 // A parameter object: the definition of one PID (setting, group, calibration parameter,
 // cylinder, ...) with its current value.
-class Parameter
+class OLVEX_CORE_EXPORT Parameter
 {
 public:
     virtual ~Parameter() = default;
@@ -76,7 +78,7 @@ public:
 using ParameterPtr = std::shared_ptr<Parameter>;
 using ParameterList = QList<ParameterPtr>;
 
-class PidDirectory
+class OLVEX_CORE_EXPORT PidDirectory
 {
 public:
     virtual ~PidDirectory() = default;
@@ -99,7 +101,7 @@ public:
     }
 };
 
-class UnitsLookup
+class OLVEX_CORE_EXPORT UnitsLookup
 {
 public:
     virtual ~UnitsLookup() = default;
@@ -107,7 +109,7 @@ public:
     virtual QString UnitsText(qint32 pid) const = 0;
 };
 
-class User
+class OLVEX_CORE_EXPORT User
 {
 public:
     virtual ~User() = default;
@@ -116,7 +118,7 @@ public:
 };
 
 // The writer of command and message records for the data acquisition service.
-class MessageRecords
+class OLVEX_CORE_EXPORT MessageRecords
 {
 public:
     virtual ~MessageRecords() = default;
@@ -131,7 +133,7 @@ public:
 
 // A timer of the host's clock library. IntervalExpired arrives on the user-interface thread.
 // Destroying the object stops it.
-class Interval : public QObject
+class OLVEX_CORE_EXPORT Interval : public QObject
 {
     Q_OBJECT
 public:
@@ -148,7 +150,7 @@ using IntervalPtr = std::shared_ptr<Interval>;
 
 // The arguments of CreateInterval, in the clock library's order. Only the period, the first due
 // time, the name and repeat have a meaning here; the others are passed through unchanged.
-struct IntervalSpec
+struct OLVEX_CORE_EXPORT IntervalSpec
 {
     int periodSeconds = 60;
     int id = 0;
@@ -161,7 +163,7 @@ struct IntervalSpec
     int arg9 = 0;
 };
 
-class ClockLibrary
+class OLVEX_CORE_EXPORT ClockLibrary
 {
 public:
     virtual ~ClockLibrary() = default;
@@ -171,7 +173,7 @@ public:
 
 // The connection description of the data interface. The four connection texts are passed to
 // the security object as they stand.
-struct ConnectionDescription
+struct OLVEX_CORE_EXPORT ConnectionDescription
 {
     QString DataConnection;
     QString SecondaryDataConnection;
@@ -181,7 +183,7 @@ struct ConnectionDescription
 };
 
 // The host's data interface.
-class DataInterface : public QObject
+class OLVEX_CORE_EXPORT DataInterface : public QObject
 {
     Q_OBJECT
 public:
@@ -221,7 +223,7 @@ Q_SIGNALS:
 };
 using DataInterfacePtr = std::shared_ptr<DataInterface>;
 
-class CurrentDataItem
+class OLVEX_CORE_EXPORT CurrentDataItem
 {
 public:
     virtual ~CurrentDataItem() = default;
@@ -230,7 +232,7 @@ public:
     virtual int Status() const = 0;
 };
 
-class CurrentDataReader
+class OLVEX_CORE_EXPORT CurrentDataReader
 {
 public:
     virtual ~CurrentDataReader() = default;
@@ -240,7 +242,7 @@ public:
 
 // The string library's security object: answers privilege questions for the host's user.
 // A security object that was never initialised refuses everything.
-class Security
+class OLVEX_CORE_EXPORT Security
 {
 public:
     virtual ~Security() = default;

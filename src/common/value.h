@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/decimal.h"
+#include "common/olvexexport.h"
 
 #include <QDateTime>
 #include <QList>
@@ -20,21 +21,39 @@ namespace olvex {
 // - Boolean true is -1 as a number and "True" as text.
 // - toText of a date is the locale's general date: date and long time, the date alone at
 //   midnight, the time alone on the zero date (1899-12-30).
-class Value
+class OLVEX_CORE_EXPORT Value
 {
 public:
     enum class Kind { Empty, Null, Boolean, Integer, Double, Text, DateTime, Array };
 
     Value() = default;
-    Value(bool b) : m_data(b) {}
-    Value(int i) : m_data(qint64(i)) {}
-    Value(qint64 i) : m_data(i) {}
-    Value(double d) : m_data(d) {}
-    Value(const QString &s) : m_data(s) {}
-    Value(const char *utf8) : m_data(QString::fromUtf8(utf8)) {}
-    Value(const char16_t *s) : m_data(QString::fromUtf16(s)) {}
-    Value(const QDateTime &dt) : m_data(dt) {}
-    Value(QList<Value> array) : m_data(std::move(array)) {}
+    Value(bool b)
+        : m_data(b)
+    {}
+    Value(int i)
+        : m_data(qint64(i))
+    {}
+    Value(qint64 i)
+        : m_data(i)
+    {}
+    Value(double d)
+        : m_data(d)
+    {}
+    Value(const QString &s)
+        : m_data(s)
+    {}
+    Value(const char *utf8)
+        : m_data(QString::fromUtf8(utf8))
+    {}
+    Value(const char16_t *s)
+        : m_data(QString::fromUtf16(s))
+    {}
+    Value(const QDateTime &dt)
+        : m_data(dt)
+    {}
+    Value(QList<Value> array)
+        : m_data(std::move(array))
+    {}
     Value(const void *) = delete; // no accidental pointer-to-bool
 
     static Value null();
@@ -85,6 +104,6 @@ private:
 };
 
 // Empty for Null, the value itself otherwise.
-Value NullToEmpty(const Value &value);
+OLVEX_CORE_EXPORT Value NullToEmpty(const Value &value);
 
 } // namespace olvex

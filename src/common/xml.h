@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 // XML values of parameters (calibration start records, calibration state, pending
 // confirmations) are read through these helpers. They wrap libxml2 in RAII handles and never
 // throw: a document that does not load is a null handle plus a coded line in the message log.
@@ -27,7 +29,7 @@ class MessageLog;
 // One node of a loaded document: an element, an attribute, a text node or the document itself.
 // The handle keeps its document alive, so it stays valid after the XmlDocument it came from is
 // gone or has loaded other text.
-class XmlNode
+class OLVEX_CORE_EXPORT XmlNode
 {
 public:
     XmlNode() = default;
@@ -56,7 +58,7 @@ private:
 };
 
 // A document handle with shared ownership: copies refer to the same document.
-class XmlDocument
+class OLVEX_CORE_EXPORT XmlDocument
 {
 public:
     // A null handle (what the loaders give on failure).
@@ -87,35 +89,35 @@ private:
 };
 
 // A new, empty document ready to load text.
-XmlDocument NewXmlDocument();
+OLVEX_CORE_EXPORT XmlDocument NewXmlDocument();
 
 // The parsed document, or a null handle. Failures are logged (severity 4) when log is given.
-XmlDocument LoadXmlDocument(MessageLog *log, const QString &text);
+OLVEX_CORE_EXPORT XmlDocument LoadXmlDocument(MessageLog *log, const QString &text);
 
 // Loads text that may be several sibling elements or plain text, wrapped in a fixed root
 // element (FragmentRootName). Failures are logged (severity 4) when log is given.
-XmlDocument LoadXmlFragment(MessageLog *log, const QString &text);
+OLVEX_CORE_EXPORT XmlDocument LoadXmlFragment(MessageLog *log, const QString &text);
 
 inline constexpr char16_t FragmentRootName[] = u"Z76335016_A23E_E011_A164_0019B97C8595";
 
 // Text of the first node the XPath path selects under node, trimmed; empty when there is none.
-QString GetNodeText(const XmlNode &node, const QString &path);
-QString GetNodeText(const XmlDocument &doc, const QString &path);
+OLVEX_CORE_EXPORT QString GetNodeText(const XmlNode &node, const QString &path);
+OLVEX_CORE_EXPORT QString GetNodeText(const XmlDocument &doc, const QString &path);
 
 // The node's text as yes/no; nullopt when the node is missing, its text empty or not yes/no.
-std::optional<bool> GetNodeBool(const XmlNode &node, const QString &path);
-std::optional<bool> GetNodeBool(const XmlDocument &doc, const QString &path);
+OLVEX_CORE_EXPORT std::optional<bool> GetNodeBool(const XmlNode &node, const QString &path);
+OLVEX_CORE_EXPORT std::optional<bool> GetNodeBool(const XmlDocument &doc, const QString &path);
 
 // The node's text read by ParseXmlDate; the zero date when missing, empty or unreadable.
-QDateTime GetNodeDate(const XmlNode &node, const QString &path);
-QDateTime GetNodeDate(const XmlDocument &doc, const QString &path);
+OLVEX_CORE_EXPORT QDateTime GetNodeDate(const XmlNode &node, const QString &path);
+OLVEX_CORE_EXPORT QDateTime GetNodeDate(const XmlDocument &doc, const QString &path);
 
 // "2024-05-01T13:45:10.123" -> 2024-05-01 13:45:10 local time: every "T" becomes a blank and
 // everything from the last "." on is dropped before the text is read. Unreadable: the zero date.
-QDateTime ParseXmlDate(const QString &text);
+OLVEX_CORE_EXPORT QDateTime ParseXmlDate(const QString &text);
 
 // The text itself when it has at most maxLength characters, else its first maxLength characters
 // followed by "...".
-QString TruncateText(const QString &text, int maxLength);
+OLVEX_CORE_EXPORT QString TruncateText(const QString &text, int maxLength);
 
 } // namespace olvex

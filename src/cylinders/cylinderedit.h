@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 // The logic of the cylinder edit dialog, apart from its widgets: what the dialog shows when it
 // opens, and what its OK button writes, so that both can be exercised (and reused) without a
 // screen.
@@ -47,13 +49,14 @@ struct CylinderEditData
 
 // Reads the cylinder and its component gases (PIDs of attribute -46, in order). Errors reading
 // the cylinder propagate; a gas that cannot be read is left out and named in gasProblems.
-CylinderEditData loadCylinderEdit(const Parameter &cylinder, DataInterface &dataInterface);
+OLVEX_CORE_EXPORT CylinderEditData loadCylinderEdit(const Parameter &cylinder,
+                                                    DataInterface &dataInterface);
 
 // "CSET-0006: Cylinder has more gases than the form can display (PID=...)", or empty.
-QString tooManyGasesMessage(const CylinderEditData &data);
+OLVEX_CORE_EXPORT QString tooManyGasesMessage(const CylinderEditData &data);
 
 // The edit boxes' text of a date: "yyyy-MM-dd", with " HH:mm" when it has a time of day.
-QString cylinderDateText(const QDateTime &value);
+OLVEX_CORE_EXPORT QString cylinderDateText(const QDateTime &value);
 
 // What the operator typed in the new column.
 struct CylinderEditInput
@@ -83,16 +86,16 @@ struct CylinderEditResult
 // and with effectiveEarlier posts the FixOldCalCylinderInfo command (CSET-0040; a refused post
 // is logged as CSET-0041). warn shows "Enter a valid date/time." when the installation date is
 // no date: it is a warning only, and the save carries on. Other host errors propagate.
-CylinderEditResult saveCylinderEdit(Parameter &cylinder, DataInterface &dataInterface,
-                                    MessageLog *log, const CylinderEditData &current,
-                                    const CylinderEditInput &input,
-                                    const std::function<void(const QString &)> &warn);
+OLVEX_CORE_EXPORT CylinderEditResult
+saveCylinderEdit(Parameter &cylinder, DataInterface &dataInterface, MessageLog *log,
+                 const CylinderEditData &current, const CylinderEditInput &input,
+                 const std::function<void(const QString &)> &warn);
 
 // The text of the fix command (attributes in their order, texts escaped, dates as
 // "yyyy/MM/dd HH:mm"); an expiration date that is no date goes as typed.
-QString fixOldCalCylinderInfoCommand(DataInterface &dataInterface, qint32 pid,
-                                     const std::optional<QDateTime> &start, const QDateTime &end,
-                                     const QString &cylinderId, const QString &expiration,
-                                     const QString &vendorId, const QString &gasCodes);
+OLVEX_CORE_EXPORT QString fixOldCalCylinderInfoCommand(
+    DataInterface &dataInterface, qint32 pid, const std::optional<QDateTime> &start,
+    const QDateTime &end, const QString &cylinderId, const QString &expiration,
+    const QString &vendorId, const QString &gasCodes);
 
 } // namespace olvex

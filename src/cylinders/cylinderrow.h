@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 // The texts of one row of the cylinder list, shared by the list control and the command line,
 // so that both show a cylinder the same way.
 
@@ -32,33 +34,33 @@ struct CylinderRow
 };
 
 // The column captions of the cylinder list.
-QStringList cylinderColumns();
+OLVEX_CORE_EXPORT QStringList cylinderColumns();
 
 // "K0000001234".
-QString cylinderRowKey(qint32 pid);
+OLVEX_CORE_EXPORT QString cylinderRowKey(qint32 pid);
 // The PID of a row key; 0 for a key that is not one.
-qint32 cylinderPidFromKey(const QString &key);
+OLVEX_CORE_EXPORT qint32 cylinderPidFromKey(const QString &key);
 
 // "SO2,450.5,ppm;NO,250,ppm" -> "SO2 450.5 ppm,  NO 250 ppm".
-QString componentGasesText(const Value &stored);
+OLVEX_CORE_EXPORT QString componentGasesText(const Value &stored);
 // "1850 psig" when the pressure is numeric, else empty.
-QString pressureText(const Value &pressure, const Value &unit);
+OLVEX_CORE_EXPORT QString pressureText(const Value &pressure, const Value &unit);
 // The expiration date in the locale's short date when it is a date, else as stored.
-QString expirationText(const Value &stored);
+OLVEX_CORE_EXPORT QString expirationText(const Value &stored);
 
-CylinderExpiry cylinderExpiry(std::optional<qint64> daysToExpiry);
+OLVEX_CORE_EXPORT CylinderExpiry cylinderExpiry(std::optional<qint64> daysToExpiry);
 // "Expired 12 days ago", "Expires in 5 days", "Expires today"; empty when the cylinder is
 // neither expired nor expiring soon.
-QString expiryNote(std::optional<qint64> daysToExpiry);
+OLVEX_CORE_EXPORT QString expiryNote(std::optional<qint64> daysToExpiry);
 
 // The row of one cylinder parameter, with the days counted from today.
-CylinderRow cylinderRow(const Parameter &cylinder, const QDate &today);
+OLVEX_CORE_EXPORT CylinderRow cylinderRow(const Parameter &cylinder, const QDate &today);
 
 // The PIDs of a cylinder list text ("0,12" -> {12}); pieces whose integer value is 0 are
 // skipped.
-QList<qint32> cylinderListPids(const QString &cylinderList);
+OLVEX_CORE_EXPORT QList<qint32> cylinderListPids(const QString &cylinderList);
 
 // The attributes a row reads, for a list that reads them together.
-QList<int> cylinderRowAttributes();
+OLVEX_CORE_EXPORT QList<int> cylinderRowAttributes();
 
 } // namespace olvex

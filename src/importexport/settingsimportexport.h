@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 // Export of every setting parameter of a site to a settings CSV file, and import of such a file
 // back. Headless: the import/export panel and the command line both drive this class, so the
 // file format, the checks, the counts and the log lines exist once.
@@ -16,7 +18,7 @@
 
 namespace olvex {
 
-struct ExportCounts
+struct OLVEX_CORE_EXPORT ExportCounts
 {
     int count = 0;             // setting parameters written
     int nullCount = 0;         // of which with a Null value
@@ -25,7 +27,7 @@ struct ExportCounts
     QList<std::pair<qint32, QString>> lossy = {}; // PID, setting name
 };
 
-struct ImportCounts
+struct OLVEX_CORE_EXPORT ImportCounts
 {
     int total = 0; // lines other than blank and comment lines
     int modified = 0;
@@ -40,7 +42,7 @@ struct ImportCounts
 };
 
 // The current value of a setting as the file holds it.
-struct SettingValueText
+struct OLVEX_CORE_EXPORT SettingValueText
 {
     bool isNull = false;
     bool isZeroDate = false;
@@ -48,7 +50,7 @@ struct SettingValueText
 };
 
 // What an import would do, gathered by a dry run instead of writing.
-struct ImportChange
+struct OLVEX_CORE_EXPORT ImportChange
 {
     int lineNumber = 0;
     qint32 pid = 0;
@@ -60,7 +62,7 @@ struct ImportChange
     // The recommended range a number lies outside ("0 ... 5"): the change needs a second look.
     QString outsideRange = {};
 };
-struct ImportRefusal
+struct OLVEX_CORE_EXPORT ImportRefusal
 {
     int lineNumber = 0;
     QString line;
@@ -68,7 +70,7 @@ struct ImportRefusal
     // A read-only setting or a blank value: the normal lines of the site's own export.
     bool skipped = false;
 };
-struct ImportPreview
+struct OLVEX_CORE_EXPORT ImportPreview
 {
     QList<ImportChange> changes;
     QList<ImportRefusal> refusals;
@@ -79,7 +81,7 @@ struct ImportPreview
 // stops before the next line and keeps what it changed.
 using ProgressHandler = std::function<bool(qint64 done, qint64 total)>;
 
-class SettingsImportExport
+class OLVEX_CORE_EXPORT SettingsImportExport
 {
 public:
     // A null message log logs nothing.

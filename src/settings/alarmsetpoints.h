@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/olvexexport.h"
 #include "common/value.h"
 
 #include <QString>
@@ -10,7 +11,7 @@
 namespace olvex {
 
 // The four setpoints of an alarm parameter in rank order, highest first.
-struct AlarmSetpoint
+struct OLVEX_CORE_EXPORT AlarmSetpoint
 {
     int attribute;      // definition attribute holding the setpoint
     const char *column; // alarm list column header
@@ -29,10 +30,10 @@ using AlarmValues = std::array<Value, 4>;
 // The message for the first pair (higher rank, lower rank) whose lower-ranked value exceeds the
 // higher-ranked one, pairs taken in rank order; nullopt when the order holds. Values that are
 // not numeric (an unused level) take no part; equal values pass.
-std::optional<QString> alarmOrderViolation(const AlarmValues &values);
+OLVEX_CORE_EXPORT std::optional<QString> alarmOrderViolation(const AlarmValues &values);
 
 // The value a typed setpoint stands for: Empty for blank text, a number for numeric text
 // (whole numbers as integers), the text itself otherwise.
-Value setpointFromText(const QString &text);
+OLVEX_CORE_EXPORT Value setpointFromText(const QString &text);
 
 } // namespace olvex

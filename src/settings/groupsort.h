@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/host.h"
+#include "common/olvexexport.h"
 
 #include <QList>
 #include <QString>
@@ -16,10 +17,11 @@ using DefinitionLookup = std::function<ParameterPtr(qint32 pid)>;
 // number zero-filled to four digits, a comma, the name), joined by ";", then suffix after a ";"
 // when suffix is not empty. A group without parent, or whose parent has no definition, starts
 // the path; so does a parent seen twice on the way up (a loop in the data).
-QString GroupSortKey(const Parameter &group, const QString &suffix, const DefinitionLookup &lookup);
+OLVEX_CORE_EXPORT QString GroupSortKey(const Parameter &group, const QString &suffix,
+                                       const DefinitionLookup &lookup);
 
 // One setting group in tree order.
-struct SortedGroup
+struct OLVEX_CORE_EXPORT SortedGroup
 {
     QString sortLine; // full key, a tab, "[", the PID, "]": what the order is taken from
     ParameterPtr group;
@@ -32,6 +34,7 @@ struct SortedGroup
 // looked up among the groups first and in the PID directory otherwise, each once.
 // Without sort lines (sortLine left empty) the order costs a few allocations for the whole list
 // instead of one more for each group: enough for a caller that only builds the tree.
-QList<SortedGroup> sortedSettingGroups(DataInterface &dataInterface, bool withSortLines = true);
+OLVEX_CORE_EXPORT QList<SortedGroup> sortedSettingGroups(DataInterface &dataInterface,
+                                                         bool withSortLines = true);
 
 } // namespace olvex

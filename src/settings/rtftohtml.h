@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QString>
 
 namespace olvex {
@@ -16,9 +18,9 @@ inline constexpr int kUnreadableRichText = 32000;
 // Throws olvex::Error(kUnreadableRichText, ...) when the text does not start with "{\rtf",
 // when its braces do not balance, when groups nest deeper than any editor writes, or when an
 // escape is malformed. Runs in time linear in the text, so hostile input costs nothing more.
-QString rtfToHtml(const QString &rtf);
+OLVEX_CORE_EXPORT QString rtfToHtml(const QString &rtf);
 
 // True when an instructions text is to be read as rich text.
-bool looksLikeRtf(const QString &text);
+OLVEX_CORE_EXPORT bool looksLikeRtf(const QString &text);
 
 } // namespace olvex

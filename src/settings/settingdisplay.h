@@ -2,6 +2,7 @@
 
 #include "common/decimal.h"
 #include "common/host.h"
+#include "common/olvexexport.h"
 #include "common/value.h"
 
 #include <QString>
@@ -11,7 +12,7 @@
 namespace olvex {
 
 // What FormatSettingValue made of a value.
-struct FormattedValue
+struct OLVEX_CORE_EXPORT FormattedValue
 {
     QString text;
     // The value does not fit a number setting (it was logged and is shown empty).
@@ -24,19 +25,20 @@ struct FormattedValue
 // The text of one setting value for its data type. Values that do not fit the type are logged
 // to messageLog (which may be null) with their DM- line and shown empty. With applyFormat and a
 // non-empty displayFormat a number is first rounded as the display format would show it.
-FormattedValue FormatSettingValue(const QString &pidText, int dataType, const Value &value,
-                                  const QString &displayFormat, MessageLog *messageLog,
-                                  bool applyFormat);
+OLVEX_CORE_EXPORT FormattedValue FormatSettingValue(const QString &pidText, int dataType,
+                                                    const Value &value,
+                                                    const QString &displayFormat,
+                                                    MessageLog *messageLog, bool applyFormat);
 
 // Numbers: their plain text, or "Yes"/"No" with asYesNo. Anything else: empty text.
-QString YesNoText(const Value &value, bool asYesNo);
+OLVEX_CORE_EXPORT QString YesNoText(const Value &value, bool asYesNo);
 
 // The Value Range cell: "low ... high", "low ... ", " ... high", or empty without limits.
-QString ValueRangeText(const Value &lower, const Value &upper);
+OLVEX_CORE_EXPORT QString ValueRangeText(const Value &lower, const Value &upper);
 
 // A number rounded the way a display format ("0.00", "#,##0.0", "0.0E+00", "Fixed") shows it.
 // A format without digit placeholders leaves the number as it is.
-Decimal roundToDisplayFormat(const Decimal &value, const QString &displayFormat);
+OLVEX_CORE_EXPORT Decimal roundToDisplayFormat(const Decimal &value, const QString &displayFormat);
 
 // Small icons of the settings and alarm lists.
 namespace SettingIcon {
@@ -66,7 +68,7 @@ inline bool isWriteOnly(int icon)
 } // namespace SettingIcon
 
 // The Value cell and icon of one settings row, from the definition's flags and current value.
-struct SettingRowState
+struct OLVEX_CORE_EXPORT SettingRowState
 {
     int icon = SettingIcon::Unchanged;
     QString valueText;
@@ -78,12 +80,12 @@ struct SettingRowState
 
 // Reads each attribute it needs once. Errors of the data interface propagate (the editor
 // reports them with the row fill's code); formatting errors come back in formatProblem.
-SettingRowState settingRowState(const Parameter &definition, bool alternativeState,
-                                MessageLog *messageLog);
+OLVEX_CORE_EXPORT SettingRowState settingRowState(const Parameter &definition,
+                                                  bool alternativeState, MessageLog *messageLog);
 
 // FormatSettingValue of one value of a definition, with the definition's data type and display
 // format (used for the Default Value cell and by the command line).
-FormattedValue formatDefinitionValue(const Parameter &definition, const Value &value,
-                                     MessageLog *messageLog);
+OLVEX_CORE_EXPORT FormattedValue formatDefinitionValue(const Parameter &definition,
+                                                       const Value &value, MessageLog *messageLog);
 
 } // namespace olvex

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/decimal.h"
+#include "common/olvexexport.h"
 #include "common/value.h"
 
 #include <QString>
@@ -19,21 +20,21 @@ enum class EntryKind {
     OnOff,    // yes/no dialog, "Off" / "On"
     None,     // a data type that cannot be entered
 };
-EntryKind entryKindFor(int dataType);
+OLVEX_CORE_EXPORT EntryKind entryKindFor(int dataType);
 // The false and true captions of the yes/no dialog for a YesNo or OnOff entry.
-std::pair<QString, QString> yesNoCaptions(EntryKind kind);
+OLVEX_CORE_EXPORT std::pair<QString, QString> yesNoCaptions(EntryKind kind);
 
 // The decimal separator of the current locale, as 3.45 shows it: "." or ",".
-QString localeDecimalSeparator();
+OLVEX_CORE_EXPORT QString localeDecimalSeparator();
 // The absolute limits of a number setting: twelve nines, the separator, seven nines; and its
 // negation. Held in decimal: a double cannot tell the largest from one above it.
-Decimal absoluteMaximum();
-Decimal absoluteMinimum();
-QString absoluteMaximumText();
-QString absoluteMinimumText();
+OLVEX_CORE_EXPORT Decimal absoluteMaximum();
+OLVEX_CORE_EXPORT Decimal absoluteMinimum();
+OLVEX_CORE_EXPORT QString absoluteMaximumText();
+OLVEX_CORE_EXPORT QString absoluteMinimumText();
 
 // The verdict on a typed entry of a number setting, before anything is written.
-struct NumberEntryCheck
+struct OLVEX_CORE_EXPORT NumberEntryCheck
 {
     enum class Refusal { None, NotNumeric, AboveMaximum, BelowMinimum };
     Refusal refusal = Refusal::None;
@@ -50,20 +51,21 @@ struct NumberEntryCheck
 // The checks of a number entry, in order: numeric, absolute maximum, absolute minimum, then the
 // recommended lower and upper limits (each skipped when Null or not numeric). Strict: a value
 // equal to a limit passes.
-NumberEntryCheck checkNumberEntry(const QString &entry, const Value &recommendedLow,
-                                  const Value &recommendedHigh);
+OLVEX_CORE_EXPORT NumberEntryCheck checkNumberEntry(const QString &entry,
+                                                    const Value &recommendedLow,
+                                                    const Value &recommendedHigh);
 
 // "$NewLine$" as the message boxes want it.
-QString withLineBreaks(QString text);
+OLVEX_CORE_EXPORT QString withLineBreaks(QString text);
 
 // True when a DateTime entry reads as a date or a time.
-bool isDateEntry(const QString &entry);
+OLVEX_CORE_EXPORT bool isDateEntry(const QString &entry);
 
 // The value to write for an accepted typed entry of a Number, FreeText or DateTime setting:
 // whole numbers as integers, other numbers as doubles where a double holds them exactly and as
 // the entered text where it cannot; dates as date-time values; free text as it stands.
 // nullopt when the entry does not fit its kind.
-std::optional<Value> valueToWrite(EntryKind kind, const QString &entry);
+OLVEX_CORE_EXPORT std::optional<Value> valueToWrite(EntryKind kind, const QString &entry);
 
 // How a typed entry of a setting of the given data type reads, shown under the field while the
 // operator types so that nothing is thrown away in silence: "reads as 25", "reads as 5 March
@@ -76,11 +78,11 @@ struct EntryReading
     bool fits = true;
     QString text;
 };
-EntryReading readEntry(int dataType, const QString &entry);
+OLVEX_CORE_EXPORT EntryReading readEntry(int dataType, const QString &entry);
 
 // The answer of the access check shown to the operator.
-QString accessDeniedText(const QString &userName);
+OLVEX_CORE_EXPORT QString accessDeniedText(const QString &userName);
 // "SED-012: Account 'x' does not have privileges." and its SED-013/014 siblings.
-QString accessDeniedProblem(const QString &code, const QString &userName);
+OLVEX_CORE_EXPORT QString accessDeniedProblem(const QString &code, const QString &userName);
 
 } // namespace olvex

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QString>
 
 namespace olvex {
 
 // What the operator typed into Find: part of a setting's name (any case), or a PID in any form
 // ParsePid reads ("1-234-5-67-89", "123456789"), which finds that setting alone.
-class SettingFind
+class OLVEX_CORE_EXPORT SettingFind
 {
 public:
     SettingFind() = default;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include "common/audittrail.h"
 #include "common/host.h"
 
@@ -24,7 +26,7 @@ inline constexpr int kHistoryLimit = 500;
 
 // The lines of entries (newest first, as the trail gives them), values formatted for definition;
 // values that do not fit its type are logged to messageLog (may be null) and shown empty.
-QList<HistoryLine> historyLines(const Parameter &definition, const QList<AuditEntry> &entries,
-                                MessageLog *messageLog);
+OLVEX_CORE_EXPORT QList<HistoryLine>
+historyLines(const Parameter &definition, const QList<AuditEntry> &entries, MessageLog *messageLog);
 
 } // namespace olvex

@@ -353,12 +353,11 @@ TEST_P(DasTest, RunnerStoppedFromASlotFinishesOnlyTheItemInHand)
 }
 
 // The database server dropped the service's connection (a restart, an administrator): a service
-// that owns its store opens the site again and carries on.
+// that owns its store opens the site again and carries on. An SQLite file has no connection to
+// lose, so only the PostgreSQL program has the case.
+#ifdef OLVEX_TEST_POSTGRES
 TEST_P(DasTest, ServiceReopensTheSiteAfterItsConnectionWasDropped)
 {
-    if (isSqlite()) {
-        GTEST_SKIP() << "an SQLite file has no connection to lose";
-    }
     // Qt's driver complains about the dead connection on its own channel; that is expected here.
     static QtMessageHandler previous = nullptr;
     previous = qInstallMessageHandler(
@@ -390,6 +389,7 @@ TEST_P(DasTest, ServiceReopensTheSiteAfterItsConnectionWasDropped)
     EXPECT_EQ(m_echoed.filter(u"DAS: reopened the site"_s).size(), 1)
         << m_echoed.join(u'\n').toStdString();
 }
+#endif
 
 TEST_P(DasTest, KilledAtRandomMomentsEveryWriteIsAppliedExactlyOnce)
 {
@@ -405,7 +405,9 @@ TEST_P(DasTest, KilledAtRandomMomentsEveryWriteIsAppliedExactlyOnce)
         QProcess das;
         // A short lease, so that a killed service's claim (PostgreSQL) is taken again soon.
         start(das, {u"--drain"_s, u"--lease"_s, u"300"_s});
-        drained = das.waitForFinished(int(random.bounded(10, 200)));
+        // The window widens run by run, so that a machine too busy to finish within the first
+        // ones still drains in the end.
+        drained = das.waitForFinished(int(random.bounded(10, 200 + 20 * run)));
         if (drained) {
             ASSERT_TRUE(das.exitStatus() == QProcess::NormalExit && das.exitCode() == 0);
         } else {

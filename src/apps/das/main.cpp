@@ -111,12 +111,14 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("olvex-das"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(OLVEX_VERSION));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("Carries out the pending value writes and command records of a site.\n"
                        "Runs until SIGTERM or SIGINT (the items in hand are finished first)."));
     const QCommandLineOption helpOption = parser.addHelpOption();
+    const QCommandLineOption versionOption = parser.addVersionOption();
     const QCommandLineOption siteOption(
         QStringLiteral("site"), QStringLiteral("The site: an SQLite file or a postgresql:// URI."),
         QStringLiteral("SITE"));
@@ -153,6 +155,10 @@ int main(int argc, char **argv)
     }
     if (parser.isSet(helpOption)) {
         QTextStream(stdout) << parser.helpText();
+        return 0;
+    }
+    if (parser.isSet(versionOption)) {
+        QTextStream(stdout) << "olvex-das " << QCoreApplication::applicationVersion() << '\n';
         return 0;
     }
     const QStringList positional = parser.positionalArguments();

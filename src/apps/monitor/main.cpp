@@ -13,9 +13,9 @@
 #include "host/sitestore.h"
 #include "monitortabs.h"
 #include "monitorwindow.h"
-#include "statuslog.h"
 #include "servicestatus.h"
 #include "settings/widgets/disettings.h"
+#include "statuslog.h"
 #include "windowmemory.h"
 
 #include <QApplication>
@@ -64,51 +64,91 @@ int fail(const QString &line)
     return 1;
 }
 
+// The window's command line. --help and --version are answered before the window system is
+// touched, so that they work without a display.
+struct MonitorOptions
+{
+    QCommandLineOption site{
+        QStringLiteral("site"),
+        QStringLiteral("The site: an SQLite file or a postgresql:// URL (default: the demo site "
+                       "in your data folder, created on first use)."),
+        QStringLiteral("SITE")};
+    QCommandLineOption user{QStringLiteral("user"),
+                            QStringLiteral("Work as this user (default: operator)."),
+                            QStringLiteral("NAME"), QStringLiteral("operator")};
+    QCommandLineOption shot{QStringLiteral("screenshot"),
+                            QStringLiteral("Render each tab to DIR/<tab>.png and exit."),
+                            QStringLiteral("DIR")};
+    QCommandLineOption noService{
+        QStringLiteral("no-das"),
+        QStringLiteral("Do not carry out queued changes in this window (an olvex-das process "
+                       "beside the site does).")};
+    QCommandLineOption group{QStringLiteral("group"),
+                             QStringLiteral("Show this setting group first (its PID)."),
+                             QStringLiteral("PID")};
+
+    void describe(QCommandLineParser &parser) const
+    {
+        parser.setApplicationDescription(QStringLiteral("Olvex operator window"));
+        parser.addHelpOption();
+        parser.addVersionOption();
+        parser.addOptions({site, user, shot, noService, group});
+    }
+};
+
+void setApplicationNames()
+{
+    QCoreApplication::setApplicationName(QStringLiteral("olvex-monitor"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(OLVEX_VERSION));
+    QCoreApplication::setOrganizationName(QStringLiteral("Olvex"));
+}
+
+bool asksHelpOrVersion(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const QLatin1StringView arg(argv[i]);
+        if (arg == "--help" || arg == "-h" || arg == "-?" || arg == "--help-all"
+            || arg == "--version" || arg == "-v") {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
+    const MonitorOptions options;
+    if (asksHelpOrVersion(argc, argv)) {
+        QCoreApplication app(argc, argv);
+        setApplicationNames();
+        QCommandLineParser parser;
+        options.describe(parser);
+        parser.process(app); // prints the help or the version and exits
+        return 0;
+    }
+
     QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("olvex-monitor"));
+    setApplicationNames();
     QApplication::setApplicationDisplayName(QStringLiteral("Olvex Monitor"));
-    QApplication::setOrganizationName(QStringLiteral("Olvex"));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Olvex operator window"));
-    parser.addHelpOption();
-    const QCommandLineOption siteOption(
-        QStringLiteral("site"),
-        QStringLiteral("The site: an SQLite file or a postgresql:// URL (default: the demo site "
-                       "in your data folder, created on first use)."),
-        QStringLiteral("SITE"));
-    const QCommandLineOption userOption(QStringLiteral("user"),
-                                        QStringLiteral("Work as this user (default: operator)."),
-                                        QStringLiteral("NAME"), QStringLiteral("operator"));
-    const QCommandLineOption shotOption(
-        QStringLiteral("screenshot"), QStringLiteral("Render each tab to DIR/<tab>.png and exit."),
-        QStringLiteral("DIR"));
-    const QCommandLineOption noServiceOption(
-        QStringLiteral("no-das"),
-        QStringLiteral("Do not carry out queued changes in this window (an olvex-das process "
-                       "beside the site does)."));
-    const QCommandLineOption groupOption(QStringLiteral("group"),
-                                         QStringLiteral("Show this setting group first (its PID)."),
-                                         QStringLiteral("PID"));
-    parser.addOptions({siteOption, userOption, shotOption, noServiceOption, groupOption});
+    options.describe(parser);
     if (!parser.parse(QApplication::arguments())) {
         QTextStream(stderr) << "olvex-monitor: " << parser.errorText() << '\n';
         return 2;
     }
     parser.process(app);
-    interactive = !parser.isSet(shotOption)
+    interactive = !parser.isSet(options.shot)
                   && !QApplication::platformName().startsWith(u"offscreen")
                   && QApplication::platformName() != u"minimal";
 
-    const QString userName = parser.value(userOption);
+    const QString userName = parser.value(options.user);
     std::shared_ptr<SiteStore> store;
     std::shared_ptr<SiteDataInterface> dataInterface;
     try {
-        QString site = parser.value(siteOption);
+        QString site = parser.value(options.site);
         if (site.isEmpty()) {
             site = defaultDemoSite();
             if (!QFileInfo::exists(site)) {
@@ -131,14 +171,14 @@ int main(int argc, char **argv)
     context.store = store;
     context.dataInterface = dataInterface;
     context.userName = userName;
-    context.serviceInProcess = store->isSqlite() && !parser.isSet(noServiceOption);
-    if (parser.isSet(groupOption)) {
-        context.startGroup = ParsePid(parser.value(groupOption));
+    context.serviceInProcess = store->isSqlite() && !parser.isSet(options.noService);
+    if (parser.isSet(options.group)) {
+        context.startGroup = ParsePid(parser.value(options.group));
         if (context.startGroup == 0) {
-            return fail(u"--group wants a PID, not '" + parser.value(groupOption) + u'\'');
+            return fail(u"--group wants a PID, not '" + parser.value(options.group) + u'\'');
         }
     }
-    context.preferFilledGroup = parser.isSet(shotOption);
+    context.preferFilledGroup = parser.isSet(options.shot);
 
     MonitorWindow window;
     try {
@@ -153,12 +193,12 @@ int main(int argc, char **argv)
     addComponentTabs(window, context);
     addCalConfirmDock(window, context);
 
-    if (parser.isSet(shotOption)) {
+    if (parser.isSet(options.shot)) {
         // A still picture of the site as it stands: no service runs, pending changes show so.
         new ServiceStatus(window, store, nullptr, window.findChild<DISettings *>()); // window's
         window.show();
         try {
-            for (const QString &file : window.saveScreenshots(parser.value(shotOption))) {
+            for (const QString &file : window.saveScreenshots(parser.value(options.shot))) {
                 QTextStream(stdout) << file << '\n';
             }
         } catch (...) {

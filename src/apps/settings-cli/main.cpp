@@ -42,7 +42,8 @@ const Command kCommands[] = {
 
 void printUsage(QTextStream &stream)
 {
-    stream << "Usage: " << kProgram << " COMMAND [options]\n\n"
+    stream << "Usage: " << kProgram << " COMMAND [options]\n"
+           << "       " << kProgram << " --version\n\n"
            << "The command line of an Olvex site. A site is a file path, sqlite:PATH or a\n"
            << "postgresql:// URI. Exit codes: 0 done, 1 failed, 2 usage, 3 refused for lack of\n"
            << "privilege, 4 an import that left lines of the file undone (listed).\n\nCommands:\n";
@@ -60,6 +61,7 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(kProgram);
+    QCoreApplication::setApplicationVersion(QStringLiteral(OLVEX_VERSION));
     QTextStream out(stdout);
     QTextStream err(stderr);
     QStringList args = QCoreApplication::arguments();
@@ -71,6 +73,10 @@ int main(int argc, char **argv)
     const QString name = args.first();
     if (name == u"--help" || name == u"-h" || name == u"help") {
         printUsage(out);
+        return ExitCode::Ok;
+    }
+    if (name == u"--version" || name == u"-v") {
+        out << kProgram << ' ' << QCoreApplication::applicationVersion() << '\n';
         return ExitCode::Ok;
     }
     // A two-word command ("cal pending") goes before a one-word one of its first word.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include "calconfirm/calconfirmfunctions.h"
 #include "common/host.h"
 #include "common/xml.h"
@@ -32,7 +34,7 @@ struct NewCalConfirmEvent
 // 0048 shut-down, 0049 clean-up, 0052 refresh, 0053 reading the realtime data). Teardown (also
 // run by the destructor) unloads the rows, then releases the timer, the current-data reader,
 // the data interface and the message log, in that order.
-class DICalConfirm : public QWidget
+class OLVEX_WIDGETS_EXPORT DICalConfirm : public QWidget
 {
     Q_OBJECT
 public:

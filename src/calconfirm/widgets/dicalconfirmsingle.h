@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include "calconfirm/calconfirmfunctions.h"
 #include "common/host.h"
 #include "common/xml.h"
@@ -24,7 +26,7 @@ namespace olvex {
 //
 // Every procedure catches its own errors and logs them under its code (CSET-0042 clean-up,
 // 0043 Setup, 0044 AddPendingCal, 0045 ClearPendingCal, 0046 the buttons).
-class DICalConfirmSingle : public QWidget
+class OLVEX_WIDGETS_EXPORT DICalConfirmSingle : public QWidget
 {
     Q_OBJECT
 public:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include "calstart/calstartcommands.h"
 #include "calstart/calstartrecord.h"
 #include "calstart/calstatus.h"
@@ -37,7 +39,7 @@ struct CaughtError;
 // The control never writes the record: Save posts a ChangeCalStartSettings command, and the
 // buttons post channel writes; the service carries them out. Every handler catches its own
 // errors; background failures go to the message log, user errors to a message box.
-class DICalStart : public QWidget
+class OLVEX_WIDGETS_EXPORT DICalStart : public QWidget
 {
     Q_OBJECT
 public:

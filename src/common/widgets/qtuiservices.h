@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/olvexexport.h"
 #include "common/widgets/uiservices.h"
 
 namespace olvex {
@@ -7,7 +8,7 @@ namespace olvex {
 // UiServices on plain Qt: QMessageBox, QDialog::exec, QFileDialog, QDesktopServices.
 // Use UiServices::qt() for the process-wide instance; the class is public so a host can
 // derive from it to change one service.
-class QtUiServices : public UiServices
+class OLVEX_WIDGETS_EXPORT QtUiServices : public UiServices
 {
 public:
     int ShowMessageBox(const QString &text, int style, const QString &title) override;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/host.h"
+#include "common/olvexexport.h"
 
 #include <QString>
 
@@ -27,7 +28,7 @@ inline constexpr int No = 7;
 // The one seam between the components and anything that blocks on the user or the desktop:
 // message boxes, modal dialogs, file choosers, opening a file, the beep. No component calls
 // QMessageBox, QFileDialog or QDialog::exec itself, so a test can answer every question.
-class UiServices
+class OLVEX_WIDGETS_EXPORT UiServices
 {
 public:
     virtual ~UiServices() = default;
@@ -61,9 +62,9 @@ public:
 
 // Lets the host program supply real security objects to the Qt implementation. Until it does,
 // the Qt implementation's security refuses every change.
-void setSecurityFactory(std::function<std::shared_ptr<Security>()> factory);
+OLVEX_WIDGETS_EXPORT void setSecurityFactory(std::function<std::shared_ptr<Security>()> factory);
 
 // "CSV Files (*.csv)|*.csv|All Files (*.*)|*.*" -> "CSV Files (*.csv);;All Files (*.*)".
-QString toQtFileFilter(const QString &hostFilter);
+OLVEX_WIDGETS_EXPORT QString toQtFileFilter(const QString &hostFilter);
 
 } // namespace olvex

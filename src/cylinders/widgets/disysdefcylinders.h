@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include "common/host.h"
 
 #include <QString>
@@ -22,7 +24,7 @@ struct CylinderRow;
 // days. Edit (or Enter, or a double click) opens the cylinder edit dialog on the selected row.
 //
 // Failures go to the message log given to Setup with their CSET code; nothing escapes a handler.
-class DISysDefCylinders : public QWidget
+class OLVEX_WIDGETS_EXPORT DISysDefCylinders : public QWidget
 {
     Q_OBJECT
 public:

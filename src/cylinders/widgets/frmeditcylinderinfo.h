@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include "common/host.h"
 #include "cylinders/cylinderedit.h"
 
@@ -26,7 +28,7 @@ class UiServices;
 //
 // While the operator types gas codes, every complaint of the gas code rules shows under the
 // field: a hint only, since the list is stored as typed.
-class frmEditCylinderInfo : public QDialog
+class OLVEX_WIDGETS_EXPORT frmEditCylinderInfo : public QDialog
 {
     Q_OBJECT
 public:

@@ -2,6 +2,7 @@
 
 #include "common/error.h"
 #include "common/host.h"
+#include "common/olvexexport.h"
 #include "importexport/settingsimportexport.h"
 
 #include <QWidget>
@@ -21,7 +22,7 @@ class UiServices;
 // The settings import/export panel: saves every setting parameter of the site to a settings
 // CSV file, and loads such a file back after a site check, with a preview that changes nothing.
 // The work itself is SettingsImportExport's; this class asks, shows and reports.
-class DISettingsImportExport : public QWidget
+class OLVEX_WIDGETS_EXPORT DISettingsImportExport : public QWidget
 {
     Q_OBJECT
 public:

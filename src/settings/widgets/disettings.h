@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/host.h"
+#include "common/olvexexport.h"
 #include "settings/settingfind.h"
 
 #include <QHash>
@@ -35,7 +36,7 @@ struct CaughtError;
 // Every handler catches its own errors and raises them through Problem as one coded line.
 // Teardown (also run by the destructor) stops the refresh timer before it releases the data
 // interface and the security object.
-class DISettings : public QWidget
+class OLVEX_WIDGETS_EXPORT DISettings : public QWidget
 {
     Q_OBJECT
 public:

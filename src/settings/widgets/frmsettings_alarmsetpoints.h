@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/olvexexport.h"
 #include "common/value.h"
 
 #include <QDialog>
@@ -17,7 +18,7 @@ class UiServices;
 // The four setpoints of one alarm parameter. OK checks that each setpoint is a number or
 // blank, and that no lower setpoint exceeds a higher one; the dialog closes only when both
 // hold. Cancel closes it and leaves it cancelled.
-class frmSettings_AlarmSetpoints : public QDialog
+class OLVEX_WIDGETS_EXPORT frmSettings_AlarmSetpoints : public QDialog
 {
     Q_OBJECT
 public:

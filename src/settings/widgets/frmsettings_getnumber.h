@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QDialog>
 #include <QString>
 
@@ -13,7 +15,7 @@ class UiServices;
 
 // The entry of a number or text setting: the current and default values for reference, and the
 // new value. Modal; NewValue is read after it was accepted. Cancel closes it with no new value.
-class frmSettings_GetNumber : public QDialog
+class OLVEX_WIDGETS_EXPORT frmSettings_GetNumber : public QDialog
 {
     Q_OBJECT
 public:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/olvexexport.h"
+
 #include <QDialog>
 #include <QString>
 
@@ -15,7 +17,7 @@ class UiServices;
 
 // The entry of a two-state setting (Yes/No, On/Off). Modal; NewValue is the chosen state, or
 // empty when the dialog was closed without OK.
-class frmSettings_GetYesNo : public QDialog
+class OLVEX_WIDGETS_EXPORT frmSettings_GetYesNo : public QDialog
 {
     Q_OBJECT
 public:
