@@ -83,6 +83,12 @@ inline constexpr int ComponentGases = -312;
 inline constexpr int GasPids = -46;
 } // namespace CylinderAttr
 
+// How Parameter::SetValues writes a value: mode 3 posts it for the data acquisition service
+// (the only mode the components use).
+namespace WriteMode {
+inline constexpr int Queued = 3;
+} // namespace WriteMode
+
 // Data type codes of a setting (its DataType attribute).
 namespace SettingType {
 inline constexpr int Number = 1;

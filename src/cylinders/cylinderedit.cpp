@@ -4,6 +4,7 @@
 #include "common/datetime.h"
 #include "common/error.h"
 #include "common/pid.h"
+#include "common/vocabulary.h"
 
 namespace olvex {
 
@@ -175,7 +176,7 @@ CylinderEditResult saveCylinderEdit(Parameter &cylinder, DataInterface &dataInte
             continue;
         }
         try {
-            gas.parameter->SetValues(3, gasValue(typed));
+            gas.parameter->SetValues(WriteMode::Queued, gasValue(typed));
             result.gasesWritten.append(gas.pid);
         } catch (...) {
             logError(log, u"CSET-0009: could not set component gas value for '" + gas.name

@@ -1,8 +1,8 @@
 #include "host/siteparameter.h"
 
 #include "common/error.h"
-#include "host/storeerrors.h"
 #include "common/vocabulary.h"
+#include "host/storeerrors.h"
 
 namespace olvex {
 
@@ -96,7 +96,7 @@ CurrentValue SiteParameter::GetCurrentValue() const
 
 void SiteParameter::SetValues(int mode, const Value &value)
 {
-    if (mode != 3) {
+    if (mode != WriteMode::Queued) {
         throw Error(kInvalidCall, u"Invalid procedure call: SetValues mode " + QString::number(mode)
                                       + u" (only mode 3, a write through the service, is kept)");
     }

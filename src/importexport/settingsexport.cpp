@@ -3,6 +3,7 @@
 #include "common/datetime.h"
 #include "common/error.h"
 #include "common/pid.h"
+#include "common/vocabulary.h"
 #include "importexport/csvline.h"
 #include "importexport/settingrules.h"
 #include "importexport/windows1252.h"
@@ -23,11 +24,6 @@ using SettingAttr::Changeable;
 using SettingAttr::DataType;
 using SettingAttr::DefaultValue;
 using settingrules::isReadOnly;
-
-// Value data types that decide how a date value is written.
-constexpr int kTypeDate = 2;
-constexpr int kTypeTime = 3;
-constexpr int kTypeDateTime = 4;
 
 // Error numbers of file faults, in the host system's numbering.
 constexpr int kFileAccessError = 75;
@@ -286,15 +282,15 @@ SettingValueText SettingsImportExport::GetSettingValueText(const Parameter &para
     result.isZeroDate = isZeroDate(when);
     std::optional<QString> fixed;
     switch (parameter.GetAttribute(SettingAttr::DataType).toInteger().value_or(0)) {
-    case kTypeDateTime:
+    case SettingType::DateTime:
         fixed = fixedDateTimeText(when, true, true);
         result.text = fixed ? *fixed : when.toString(QStringLiteral("yyyy/MM/dd HH:mm:ss"));
         break;
-    case kTypeDate:
+    case SettingType::Date:
         fixed = fixedDateTimeText(when, true, false);
         result.text = fixed ? *fixed : when.toString(QStringLiteral("yyyy/MM/dd"));
         break;
-    case kTypeTime:
+    case SettingType::Time:
         fixed = fixedDateTimeText(when, false, true);
         result.text = fixed ? *fixed : when.toString(QStringLiteral("HH:mm:ss"));
         break;

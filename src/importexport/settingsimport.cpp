@@ -3,6 +3,7 @@
 #include "common/error.h"
 #include "common/pid.h"
 #include "common/text.h"
+#include "common/vocabulary.h"
 #include "importexport/csvline.h"
 #include "importexport/importexporttexts.h"
 #include "importexport/settingrules.h"
@@ -21,7 +22,6 @@ namespace olvex {
 
 namespace {
 
-constexpr int kQueuedWrite = 3;
 constexpr int kFileAccessError = 75;
 
 const QString kSiteIdPrefix = QStringLiteral(";SiteID=");
@@ -369,7 +369,7 @@ bool SettingsImportExport::changeSetting(Parameter &parameter, qint32 pid,
 {
     try {
         flushLog();
-        parameter.SetValues(kQueuedWrite, Value(QList<Value>{Value(newValueText)}));
+        parameter.SetValues(WriteMode::Queued, Value(QList<Value>{Value(newValueText)}));
         return true;
     } catch (...) {
         const QString reason = QStringLiteral("[CSET-0078] ") + currentError().errorText();

@@ -5,10 +5,10 @@
 
 #include "common/error.h"
 #include "common/pid.h"
+#include "common/vocabulary.h"
 #include "host/sitedatainterface.h"
 #include "host/sitesecurity.h"
 #include "host/sitestore.h"
-#include "common/vocabulary.h"
 #include "settings/settingdisplay.h"
 #include "settings/settingentry.h"
 
@@ -304,7 +304,7 @@ int setCommand(const QStringList &args, QTextStream &out, QTextStream &err)
             return complain(err, u"'" + entry + u"' does not fit setting '" + name + u'\'',
                             ExitCode::Failed);
         }
-        parameter->SetValues(3, *value);
+        parameter->SetValues(WriteMode::Queued, *value);
         out << pidText(pid) << '\t' << valueCell(*parameter, di.AlternativeState(), nullptr)
             << '\n';
         out.flush();

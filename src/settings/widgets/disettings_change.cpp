@@ -153,7 +153,7 @@ void DISettings::cmdChange_Click()
             if (wouldChangeNothing(row, *definition, *newValue)) {
                 return; // the setting holds that value already: nothing for the service to do
             }
-            definition->SetValues(3, *newValue);
+            definition->SetValues(WriteMode::Queued, *newValue);
             FillSettingsRow(row);
             lsvSettings_ItemClick(row);
             watchPendingRows();
@@ -180,7 +180,7 @@ void DISettings::cmdChangeToDefault_Click()
             if (wouldChangeNothing(row, *definition, defaultValue)) {
                 return;
             }
-            definition->SetValues(3, defaultValue);
+            definition->SetValues(WriteMode::Queued, defaultValue);
             FillSettingsRow(row);
             lsvSettings_ItemClick(row);
             watchPendingRows();
