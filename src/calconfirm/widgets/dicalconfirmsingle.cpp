@@ -5,6 +5,7 @@
 
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -67,6 +68,12 @@ DICalConfirmSingle::DICalConfirmSingle(QWidget *parent)
     m_grid->addWidget(m_txtStartTime, 1, 1);
     m_grid->addWidget(m_txtDefaultAction, 2, 0, 1, 2);
     m_grid->setColumnStretch(1, 1);
+    // The two buttons share the row equally however wide a host makes the panel; the one that
+    // was pressed takes the whole row once the other is hidden.
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(m_btnConfirmCal, 1);
+    buttons->addWidget(m_btnCancelCal, 1);
+    m_grid->addLayout(buttons, kButtonRow, 0, 1, 2);
     resetButtons();
 
     auto *outer = new QVBoxLayout(this);
@@ -246,7 +253,6 @@ void DICalConfirmSingle::HoldInterval_IntervalExpired()
 void DICalConfirmSingle::resetButtons()
 {
     for (QPushButton *button : {m_btnConfirmCal, m_btnCancelCal}) {
-        m_grid->removeWidget(button);
         button->setEnabled(true);
         button->show();
     }
@@ -254,8 +260,6 @@ void DICalConfirmSingle::resetButtons()
     m_btnCancelCal->setText(QStringLiteral("Cancel"));
     m_btnConfirmCal->setToolTip(QStringLiteral("Start this calibration now"));
     m_btnCancelCal->setToolTip(QStringLiteral("Skip this calibration"));
-    m_grid->addWidget(m_btnConfirmCal, kButtonRow, 0);
-    m_grid->addWidget(m_btnCancelCal, kButtonRow, 1);
 }
 
 void DICalConfirmSingle::btnConfirmCal_Click()
@@ -294,8 +298,6 @@ void DICalConfirmSingle::answer(bool confirm)
                 button->setToolTip(answered);
             }
             other->hide();
-            m_grid->removeWidget(pressed);
-            m_grid->addWidget(pressed, kButtonRow, 0, 1, 2);
             m_txtDefaultAction->hide();
             if (!SendCalPendingPromptAction(*mobjDI, mobjLog.get(), m_pid, confirm, !confirm)) {
                 // The service never heard the answer: let the operator give it again.
