@@ -3,6 +3,7 @@
 // each of the 500 records with libxml2 and read its five fields by XPath.
 #include "calconfirm/widgets/dicalconfirm.h"
 #include "common/error.h"
+#include "widgetbenchmain.h"
 
 #include <benchmark/benchmark.h>
 #include <libxml/parser.h>
@@ -233,13 +234,5 @@ BENCHMARK(baseline)->Name("calconfirm_refresh_vs_xpath/baseline")->Unit(benchmar
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return olvex::bench::runWidgetBenchmarks(argc, argv);
 }

@@ -7,6 +7,7 @@
 #include "host/sitebuilder.h"
 #include "host/sitedatainterface.h"
 #include "host/sitestore.h"
+#include "widgetbenchmain.h"
 
 #include <benchmark/benchmark.h>
 
@@ -184,10 +185,5 @@ BENCHMARK(baseline)->Name("calstart_load_vs_xpath/baseline")->Unit(benchmark::kM
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return olvex::bench::runWidgetBenchmarks(argc, argv);
 }

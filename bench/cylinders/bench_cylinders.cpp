@@ -9,6 +9,7 @@
 #include "host/sitebuilder.h"
 #include "host/sitedatainterface.h"
 #include "host/sitestore.h"
+#include "widgetbenchmain.h"
 
 #include <benchmark/benchmark.h>
 
@@ -116,13 +117,5 @@ BENCHMARK(refreshBaseline)->Name("cylinders_fill_vs_raw/baseline")->Unit(benchma
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return olvex::bench::runWidgetBenchmarks(argc, argv);
 }

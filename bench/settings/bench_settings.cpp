@@ -2,15 +2,16 @@
 // site read through the reference host, against filling a bare QTreeWidget with the same texts
 // and shape. The bare fill is the floor: what any list of that size costs Qt alone.
 #include "common/pid.h"
+#include "common/vocabulary.h"
 #include "common/widgets/keyedtree.h"
 #include "common/widgets/reportlist.h"
 #include "common/widgets/uiservices.h"
 #include "host/sitebuilder.h"
 #include "host/sitedatainterface.h"
 #include "host/sitestore.h"
-#include "common/vocabulary.h"
 #include "settings/widgets/disettings.h"
 #include "settings/widgets/settinggroups.h"
+#include "widgetbenchmain.h"
 
 #include <benchmark/benchmark.h>
 
@@ -239,17 +240,9 @@ BENCHMARK(loadGroupsBaseline)
     ->Name("load_groups_vs_raw_tree/baseline")
     ->Unit(benchmark::kMillisecond);
 
+// The editor's security answers from the site; with the Qt services it refuses, which
+// costs the same per row.
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    // The editor's security answers from the site; with the Qt services it refuses, which
-    // costs the same per row.
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return olvex::bench::runWidgetBenchmarks(argc, argv);
 }

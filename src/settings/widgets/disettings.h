@@ -9,6 +9,7 @@
 #include <QString>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -114,6 +115,11 @@ private:
     void clearViews();
     void showInstructions(const QString &text, bool alarmGroup);
     void addUndefinedRow(qint32 pid);
+    // A row for each member of a group, in order: addRow for a defined parameter (all of them
+    // read in one call), the "N/A" row for an undefined one. A member that is no PID stops the
+    // fill after the rows before it (thrown).
+    void addMemberRows(const QList<Value> &members,
+                       const std::function<void(qint32, const Parameter &)> &addRow);
     // The Value cell and icon of a settings row, and the setpoint cells and icon of an alarm
     // row, from a definition at hand; the callers catch and code the errors.
     void showSettingState(QTreeWidgetItem *row, const Parameter &definition, bool alternativeState,

@@ -130,44 +130,49 @@ void DISettings::addUndefinedRow(qint32 pid)
     ReportList::setSubItem(row, 1, QStringLiteral("N/A"));
 }
 
+void DISettings::addMemberRows(const QList<Value> &members,
+                               const std::function<void(qint32, const Parameter &)> &addRow)
+{
+    const MemberPids ids = memberPids(members);
+    const ParameterList definitions = directory()->GetPids(ids.pids);
+    for (qsizetype i = 0; i < ids.pids.size(); ++i) {
+        if (const ParameterPtr definition = definitions.value(i)) {
+            addRow(ids.pids[i], *definition);
+        } else {
+            addUndefinedRow(ids.pids[i]);
+        }
+    }
+    if (ids.stop) {
+        throw *ids.stop;
+    }
+}
+
 void DISettings::FillSettingsList(const Value &pids, bool selectFirst)
 {
     if (pids.isArray()) {
-        // One directory, log and state for the whole fill, and the rows' parameters in one
-        // call: each costs the data interface a look at the site.
-        const std::shared_ptr<PidDirectory> dir = directory();
+        // One log and state for the whole fill, and the rows' parameters in one call: each
+        // costs the data interface a look at the site.
         const std::shared_ptr<MessageLog> log = mobjDI->MessageLog();
         const bool alternativeState = mobjDI->AlternativeState();
-        const MemberPids members = memberPids(pids.toArray());
-        const ParameterList definitions = dir->GetPids(members.pids);
         ReportList::Batch batch(*m_lsvSettings);
-        for (qsizetype i = 0; i < members.pids.size(); ++i) {
-            const qint32 pid = members.pids[i];
-            const ParameterPtr definition = definitions.value(i);
-            if (!definition) {
-                addUndefinedRow(pid);
-                continue;
-            }
+        addMemberRows(pids.toArray(), [&](qint32 pid, const Parameter &definition) {
             QTreeWidgetItem *row
-                = m_lsvSettings->addRow(rowKeyOf(pid), definition->GetName(0), rowTagOf(pid));
-            guarded([&] { showSettingState(row, *definition, alternativeState, log.get()); },
+                = m_lsvSettings->addRow(rowKeyOf(pid), definition.GetName(0), rowTagOf(pid));
+            guarded([&] { showSettingState(row, definition, alternativeState, log.get()); },
                     [this](const CaughtError &error) {
                         emitProblem(QStringLiteral("SED-006/UI-076: "), error);
                     });
             const FormattedValue shownDefault = formatDefinitionValue(
-                *definition, definition->GetAttribute(SettingAttr::DefaultValue), log.get());
+                definition, definition.GetAttribute(SettingAttr::DefaultValue), log.get());
             if (!shownDefault.problem.isEmpty()) {
                 Q_EMIT Problem(shownDefault.problem);
             }
             ReportList::setSubItem(row, 2, shownDefault.text);
             ReportList::setSubItem(
                 row, 3,
-                ValueRangeText(definition->GetAttribute(SettingAttr::RecommendedLow),
-                               definition->GetAttribute(SettingAttr::RecommendedHigh)));
-        }
-        if (members.stop) {
-            throw *members.stop;
-        }
+                ValueRangeText(definition.GetAttribute(SettingAttr::RecommendedLow),
+                               definition.GetAttribute(SettingAttr::RecommendedHigh)));
+        });
     }
     applyFindToRows();
     applySortOrder();
@@ -179,28 +184,16 @@ void DISettings::FillSettingsList(const Value &pids, bool selectFirst)
 void DISettings::FillAlarmList(const Value &pids, bool selectFirst)
 {
     if (pids.isArray()) {
-        const std::shared_ptr<PidDirectory> dir = directory();
-        const MemberPids members = memberPids(pids.toArray());
-        const ParameterList definitions = dir->GetPids(members.pids);
         ReportList::Batch alarmBatch(*m_lsvAlarmSettings);
         ReportList::Batch settingsBatch(*m_lsvSettings);
-        for (qsizetype i = 0; i < members.pids.size(); ++i) {
-            const qint32 pid = members.pids[i];
-            const ParameterPtr definition = definitions.value(i);
-            if (!definition) {
-                addUndefinedRow(pid);
-                continue;
-            }
+        addMemberRows(pids.toArray(), [&](qint32 pid, const Parameter &definition) {
             QTreeWidgetItem *row
-                = m_lsvAlarmSettings->addRow(rowKeyOf(pid), definition->GetName(0), rowTagOf(pid));
-            guarded([&] { showAlarmSetpoints(row, *definition); },
+                = m_lsvAlarmSettings->addRow(rowKeyOf(pid), definition.GetName(0), rowTagOf(pid));
+            guarded([&] { showAlarmSetpoints(row, definition); },
                     [this](const CaughtError &error) {
                         emitProblem(QStringLiteral("SED-005/UI-094: "), error);
                     });
-        }
-        if (members.stop) {
-            throw *members.stop;
-        }
+        });
     }
     // The first-row selection looks at the settings list, where only undefined members of an
     // alarm group land; an alarm row is selected only by the operator.
