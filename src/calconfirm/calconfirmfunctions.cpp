@@ -84,12 +84,6 @@ XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentDataReader &reader, qi
     return text ? loadCalStart(log, *text, pid).first : XmlDocument();
 }
 
-XmlNode GetCalConfirmNode(MessageLog *log, CurrentDataReader &reader, qint32 pid)
-{
-    const std::optional<QString> text = GetCalConfirmText(log, reader, pid);
-    return text ? CalConfirmNodeOfText(log, *text, pid) : XmlNode();
-}
-
 QString CalPendingPromptActionText(DataInterface &dataInterface, qint32 pid, bool confirm,
                                    bool cancel)
 {

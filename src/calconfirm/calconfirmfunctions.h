@@ -27,9 +27,7 @@ inline constexpr quint32 kCalConfirmMsgType = 24577;
 // logged) or no CalStart element (CSET-0085 logged). Host errors propagate.
 OLVEX_CORE_EXPORT XmlDocument GetCalConfirmDocument(MessageLog *log, CurrentDataReader &reader,
                                                     qint32 pid);
-// The same, giving the document's CalStart element (which keeps its document alive).
-OLVEX_CORE_EXPORT XmlNode GetCalConfirmNode(MessageLog *log, CurrentDataReader &reader, qint32 pid);
-// The two halves of it: the item's trimmed text (nullopt without an item or with an empty text,
+// Its two halves: the item's trimmed text (nullopt without an item or with an empty text,
 // CSET-0084 logged when the data has expired), and the CalStart element of such a text.
 OLVEX_CORE_EXPORT std::optional<QString> GetCalConfirmText(MessageLog *log,
                                                            CurrentDataReader &reader, qint32 pid);
