@@ -21,14 +21,22 @@ constexpr auto kCommandColumns = ", site_id, record_type, text, source_code";
 constexpr auto kWriteColumns = ", pid, vkind, val";
 
 // Claimable: queued, or claimed by a worker whose lease ran out; each looked for on its own, so
-// that both walk the (state, id) index in id order and stop at the group's size instead of
-// sorting every unfinished item. A value write waits while an older write of the same parameter
-// is unfinished, so writes land in the order they were made. The unary plus keeps the lease time
-// out of index choice: SQLite would otherwise prepare the statement again for every new time
-// bound to it (its planner weighs bound values).
+// that both walk the index of unfinished items, (state, id), in id order and stop at the group's
+// size instead of sorting every unfinished item. That index is partial: SQLite uses it only for
+// a query that names its very condition, hence the state named twice. A value write waits while
+// an older write of the same parameter is unfinished, so writes land in the order they were
+// made. The unary plus keeps the lease time out of index choice: SQLite would otherwise prepare
+// the statement again for every new time bound to it (its planner weighs bound values).
 const QString &leaseRanOut()
 {
-    static const QString where = QStringLiteral("state = 'claimed' AND +claimed_until_ms < ?");
+    static const QString where = QStringLiteral(
+        "state IN ('queued', 'claimed') AND state = 'claimed' AND +claimed_until_ms < ?");
+    return where;
+}
+const QString &queued()
+{
+    static const QString where
+        = QStringLiteral("state IN ('queued', 'claimed') AND state = 'queued'");
     return where;
 }
 const QString &writeWaitsForNone()
@@ -115,8 +123,25 @@ struct ReadWrite
     }
 };
 
-// Claims up to max of the oldest claimable rows of table (two statements: the claims whose lease
-// ran out, then the queued rows) and reads them with read, oldest first.
+// Marks the rows of ids claimed by worker until the given time, each one more attempt.
+void take(SiteStore &store, const QString &table, const QList<qint64> &ids, const QString &worker,
+          qint64 until)
+{
+    SqlConnection &sql = store.sql();
+    QSqlQuery &query = sql.prepared(
+        withIdList(u"UPDATE " + table
+                       + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
+                         u" attempts = attempts + 1 WHERE id %IN_IDS%",
+                   store.isSqlite(), ids.size()));
+    query.addBindValue(notNull(worker));
+    query.addBindValue(until);
+    query.addBindValue(idListValue(store.isSqlite(), ids));
+    sql.exec(query);
+    query.finish();
+}
+
+// Claims up to max of the oldest claimable rows of table (two looks: the claims whose lease ran
+// out, then the queued rows) and reads them with read, oldest first.
 // With worker empty, only reads them (SQLite, in the caller's write transaction).
 template<class Item, class Read>
 QList<Item> claim(SiteStore &store, const QString &table, const QString &columns,
@@ -125,17 +150,23 @@ QList<Item> claim(SiteStore &store, const QString &table, const QString &columns
 {
     SqlConnection &sql = store.sql();
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    const bool readOnly = worker.isEmpty();
+    const qint64 until = now + lease.count();
+    const bool sqlite = store.isSqlite();
+    // SQLite: the write transaction makes the read and the claim one; the claim then names its
+    // rows by id, so that a look at an empty queue is a plain read (the service looks often).
+    std::optional<Transaction> claiming;
+    if (sqlite && !worker.isEmpty()) {
+        claiming.emplace(sql, SqlConnection::TransactionKind::Write);
+    }
     QList<Item> items;
     for (const bool expired : {true, false}) {
         if (items.size() >= max) {
             break;
         }
-        const QString select = u" FROM " + table + u" WHERE "
-                               + (expired ? leaseRanOut() : QStringLiteral("state = 'queued'"))
+        const QString select = u" FROM " + table + u" WHERE " + (expired ? leaseRanOut() : queued())
                                + condition + u" ORDER BY id LIMIT ?";
         const qint64 limit = std::max(max - int(items.size()), 1);
-        if (readOnly && store.isSqlite()) {
+        if (sqlite) {
             // Many rows, read without a QVariant per column.
             RowReader rows(sql, u"SELECT " + columns + select);
             if (expired) {
@@ -151,16 +182,12 @@ QList<Item> claim(SiteStore &store, const QString &table, const QString &columns
         const QString update = u"UPDATE " + table
                                + u" SET state = 'claimed', claimed_by = ?, claimed_until_ms = ?,"
                                  u" attempts = attempts + 1 WHERE id IN (SELECT id"
-                               + select + (store.isSqlite() ? u"" : u" FOR UPDATE SKIP LOCKED")
-                               + u") RETURNING " + columns;
+                               + select + u" FOR UPDATE SKIP LOCKED) RETURNING " + columns;
         // PostgreSQL plans a statement kept prepared once for any LIMIT, and that plan sorts the
         // whole queue: prepared anew, each claim gets a plan for its own group size.
-        std::optional<QSqlQuery> once;
-        QSqlQuery &query
-            = store.isSqlite() ? sql.prepared(update) : once.emplace(sql.prepare(update));
-        QueryScope scope(query);
+        QSqlQuery query = sql.prepare(update);
         query.addBindValue(notNull(worker));
-        query.addBindValue(now + lease.count());
+        query.addBindValue(until);
         if (expired) {
             query.addBindValue(now);
         }
@@ -171,6 +198,20 @@ QList<Item> claim(SiteStore &store, const QString &table, const QString &columns
         }
     }
     std::ranges::sort(items, {}, &QueueItem::id);
+    if (claiming && !items.isEmpty()) {
+        QList<qint64> ids;
+        for (Item &item : items) {
+            ids.append(item.id);
+            item.state = QueueItem::State::Claimed;
+            item.claimedBy = worker;
+            item.claimedUntil = QDateTime::fromMSecsSinceEpoch(until, Qt::UTC);
+            ++item.attempts;
+        }
+        take(store, table, ids, worker, until);
+    }
+    if (claiming) {
+        claiming->commit();
+    }
     return items;
 }
 
@@ -346,18 +387,10 @@ QList<PendingWrite> CommandQueue::nextPendingWrites(int max)
 
 void CommandQueue::takePendingWrites(const QList<qint64> &ids, const QString &worker)
 {
-    if (ids.isEmpty()) {
-        return;
+    if (!ids.isEmpty()) {
+        take(m_store, QStringLiteral("pending_writes"), ids, worker,
+             QDateTime::currentMSecsSinceEpoch());
     }
-    SqlConnection &sql = m_store.sql();
-    QSqlQuery &query = sql.prepared(
-        withIdList(QStringLiteral("UPDATE pending_writes SET state = 'claimed', claimed_by = ?,"
-                                  " attempts = attempts + 1 WHERE id %IN_IDS%"),
-                   m_store.isSqlite()));
-    query.addBindValue(notNull(worker));
-    query.addBindValue(idListText(m_store.isSqlite(), ids));
-    sql.exec(query);
-    query.finish();
 }
 
 QList<qint64> CommandQueue::heldCommands(const QList<qint64> &ids, const QString &worker)

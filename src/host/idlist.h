@@ -3,8 +3,10 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QVariant>
 
 #include <charconv>
+#include <utility>
 
 namespace olvex {
 
@@ -45,6 +47,28 @@ inline QString withIdList(QString statement, bool sqlite)
                       sqlite ? QStringLiteral("(SELECT value AS pid FROM json_each(?))")
                              : QStringLiteral("(SELECT unnest(CAST(? AS integer[])) AS pid)"));
     return statement;
+}
+
+// The same for a list whose length the statement may depend on: SQLite copies a JSON list into
+// a temporary index before the statement reads a row, which costs more than the rest of a
+// one-row statement, so a list of one is compared as one number (bound with idListValue).
+inline QString withIdList(QString statement, bool sqlite, qsizetype count)
+{
+    if (sqlite && count == 1) {
+        statement.replace(QStringLiteral("%IN_PIDS%"), QStringLiteral("= ?"));
+        statement.replace(QStringLiteral("%IN_IDS%"), QStringLiteral("= ?"));
+        statement.replace(QStringLiteral("%PIDS%"), QStringLiteral("(SELECT ? AS pid)"));
+    }
+    return withIdList(std::move(statement), sqlite);
+}
+
+template<class Number>
+QVariant idListValue(bool sqlite, const QList<Number> &ids)
+{
+    if (sqlite && ids.size() == 1) {
+        return QVariant::fromValue(qint64(ids.constFirst()));
+    }
+    return idListText(sqlite, ids);
 }
 
 } // namespace olvex

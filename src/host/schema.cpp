@@ -13,7 +13,8 @@ namespace {
 // Each step brings the schema from the previous version to its own. Steps are never edited
 // once released: a site made by an older program must migrate the same way forever.
 // %ID% is the backend's auto-numbered key; %WITHOUT_ROWID% clusters SQLite tables on their key;
-// %ATTRIBUTE_VALUE% adds an attribute's value to an index where the backend allows it.
+// %ATTRIBUTE_VALUE% adds an attribute's value to an index where the backend allows it; a
+// statement that begins with %SQLITE% runs on SQLite sites only.
 const QList<QStringList> &steps()
 {
     static const QList<QStringList> all{
@@ -198,6 +199,46 @@ const QList<QStringList> &steps()
             QStringLiteral(
                 "ALTER TABLE plant_units ADD COLUMN op_hours DOUBLE PRECISION NOT NULL DEFAULT 0"),
         },
+        // Version 6: fewer pages written per item the service carries out. The queues index
+        // only their unfinished items, so that finishing one takes it out of the index instead
+        // of moving it to the finished end; and SQLite numbers the message log and the audit
+        // trail, which only ever grow, without a sequence table written at every insert.
+        {
+            QStringLiteral("DROP INDEX command_records_by_state"),
+            QStringLiteral("CREATE INDEX command_records_unfinished ON command_records (state, id)"
+                           " WHERE state IN ('queued', 'claimed')"),
+            QStringLiteral("DROP INDEX pending_writes_by_state"),
+            QStringLiteral("CREATE INDEX pending_writes_unfinished ON pending_writes (state, id)"
+                           " WHERE state IN ('queued', 'claimed')"),
+            QStringLiteral("%SQLITE%CREATE TABLE message_log_new ("
+                           " id INTEGER PRIMARY KEY,"
+                           " logged_ms BIGINT NOT NULL,"
+                           " severity INTEGER NOT NULL,"
+                           " text TEXT NOT NULL,"
+                           " user_name TEXT NOT NULL DEFAULT '',"
+                           " client_name TEXT NOT NULL DEFAULT '')"),
+            QStringLiteral("%SQLITE%INSERT INTO message_log_new SELECT * FROM message_log"),
+            QStringLiteral("%SQLITE%DROP TABLE message_log"),
+            QStringLiteral("%SQLITE%ALTER TABLE message_log_new RENAME TO message_log"),
+            QStringLiteral("%SQLITE%CREATE TABLE audit_trail_new ("
+                           " id INTEGER PRIMARY KEY,"
+                           " changed_ms BIGINT NOT NULL,"
+                           " user_name TEXT NOT NULL DEFAULT '',"
+                           " client_name TEXT NOT NULL DEFAULT '',"
+                           " client_address TEXT NOT NULL DEFAULT '',"
+                           " pid INTEGER NOT NULL,"
+                           " attribute INTEGER,"
+                           " old_vkind SMALLINT NOT NULL,"
+                           " old_val TEXT,"
+                           " new_vkind SMALLINT NOT NULL,"
+                           " new_val TEXT,"
+                           " source TEXT NOT NULL DEFAULT '')"),
+            QStringLiteral("%SQLITE%INSERT INTO audit_trail_new SELECT * FROM audit_trail"),
+            QStringLiteral("%SQLITE%DROP TABLE audit_trail"),
+            QStringLiteral("%SQLITE%ALTER TABLE audit_trail_new RENAME TO audit_trail"),
+            QStringLiteral(
+                "%SQLITE%CREATE INDEX audit_trail_by_pid ON audit_trail (pid, changed_ms)"),
+        },
     };
     return all;
 }
@@ -213,10 +254,16 @@ QString rewrite(const SqlConnection &connection, const QString &sql)
     return out;
 }
 
+// A statement marked %SQLITE% is for SQLite sites only.
 void runStep(SqlConnection &connection, int version)
 {
+    static const QString sqliteOnly = QStringLiteral("%SQLITE%");
     for (const QString &sql : steps().at(version - 1)) {
-        connection.execute(rewrite(connection, sql));
+        if (!sql.startsWith(sqliteOnly)) {
+            connection.execute(rewrite(connection, sql));
+        } else if (connection.isSqlite()) {
+            connection.execute(rewrite(connection, sql.mid(sqliteOnly.size())));
+        }
     }
 }
 

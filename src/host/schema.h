@@ -33,7 +33,7 @@ class SqlConnection;
 //                    a running check has no end yet
 //   audit_trail      every value and attribute write: when, who, client, pid, attribute
 //                    (NULL for a value), old and new typed value, and the source of the write
-inline constexpr int kSchemaVersion = 5;
+inline constexpr int kSchemaVersion = 6;
 
 // Creates the schema of the given version in an empty database (inside the caller's
 // transaction); version defaults to the newest. Older versions exist so that the migrations

@@ -208,6 +208,19 @@ void SqlConnection::execute(const QString &sql)
     }
 }
 
+void SqlConnection::control(const QString &sql)
+{
+    // A service step begins and commits a transaction for every item it carries out: SQLite
+    // keeps these statements compiled; PostgreSQL cannot prepare them.
+    if (!isSqlite()) {
+        execute(sql);
+        return;
+    }
+    QSqlQuery &query = prepared(sql);
+    exec(query);
+    query.finish();
+}
+
 QVariant SqlConnection::scalar(const QString &sql)
 {
     ++m_statementsRun;
@@ -226,12 +239,8 @@ void SqlConnection::begin(TransactionKind kind)
     }
     m_rollbackOnly = false;
     try {
-        if (isSqlite()) {
-            execute(kind == TransactionKind::Write ? QStringLiteral("BEGIN IMMEDIATE")
-                                                   : QStringLiteral("BEGIN"));
-        } else {
-            execute(QStringLiteral("BEGIN"));
-        }
+        control(isSqlite() && kind == TransactionKind::Write ? QStringLiteral("BEGIN IMMEDIATE")
+                                                             : QStringLiteral("BEGIN"));
     } catch (...) {
         m_depth = 0;
         throw;
@@ -254,7 +263,7 @@ void SqlConnection::commit()
     }
     finishAll();
     try {
-        execute(QStringLiteral("COMMIT"));
+        control(QStringLiteral("COMMIT"));
     } catch (...) {
         m_depth = 1;
         rollback();
@@ -332,7 +341,7 @@ Savepoint::Savepoint(SqlConnection &connection)
     , m_depth(connection.m_depth)
 {
     Q_ASSERT(m_depth > 0);
-    m_connection.execute(QStringLiteral("SAVEPOINT olvex_item"));
+    m_connection.control(QStringLiteral("SAVEPOINT olvex_item"));
 }
 
 Savepoint::~Savepoint()
@@ -352,7 +361,7 @@ void Savepoint::release()
                     QStringLiteral("the item was rolled back after an inner failure"));
     }
     m_connection.finishAll();
-    m_connection.execute(QStringLiteral("RELEASE SAVEPOINT olvex_item"));
+    m_connection.control(QStringLiteral("RELEASE SAVEPOINT olvex_item"));
 }
 
 void Savepoint::rollback() noexcept

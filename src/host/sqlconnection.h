@@ -74,6 +74,8 @@ public:
 private:
     friend class Savepoint;
     void finishAll() noexcept;
+    // Runs a transaction or savepoint statement.
+    void control(const QString &sql);
 
     ConnectionTarget m_target;
     QString m_name;

@@ -187,11 +187,11 @@ QStringList CommandQueue::applyPendingWrites(const QList<PendingWrite> &writes,
                            " state = 'claimed' AND claimed_by = ? THEN 0 ELSE 1 END,"
                            " state = 'done', claimed_by = ?, done_ms = ?, result = 'applied'"
                            " WHERE id %IN_IDS%"),
-            sqlite));
+            sqlite, ids.size()));
         query.addBindValue(notNull(worker));
         query.addBindValue(notNull(worker));
         query.addBindValue(now);
-        query.addBindValue(idListText(sqlite, ids));
+        query.addBindValue(idListValue(sqlite, ids));
         sql.exec(query);
         query.finish();
     }

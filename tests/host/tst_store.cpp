@@ -3,6 +3,7 @@
 #include "testsite.h"
 
 #include "common/error.h"
+#include "host/commandqueue.h"
 #include "host/connectiontext.h"
 #include "host/schema.h"
 #include "host/sqlconnection.h"
@@ -18,6 +19,7 @@
 using namespace olvex;
 using namespace olvex::test;
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -179,6 +181,12 @@ TEST_P(StoreTest, OlderSiteIsMigratedForwardKeepingItsContent)
         raw.execute(u"INSERT INTO parameters (pid, name, ptype) VALUES (101100001, 'Kept', 4)"_s);
         raw.execute(
             u"INSERT INTO attributes (pid, number, vkind, val) VALUES (101100001, -14, 3, '1')"_s);
+        // What the service had left: a log line, an audit row, a write still queued.
+        raw.execute(u"INSERT INTO message_log (logged_ms, severity, text) VALUES (0, 1, 'Old')"_s);
+        raw.execute(u"INSERT INTO audit_trail (changed_ms, pid, old_vkind, new_vkind, new_val)"
+                    u" VALUES (0, 101100001, 0, 3, '1')"_s);
+        raw.execute(u"INSERT INTO pending_writes (pid, vkind, val, posted_ms)"
+                    u" VALUES (101100001, 3, '2', 0)"_s);
         ASSERT_EQ(readSchemaVersion(raw), 1);
     }
     auto store = SiteStore::open(site());
@@ -187,15 +195,24 @@ TEST_P(StoreTest, OlderSiteIsMigratedForwardKeepingItsContent)
     const auto record = store->parameter(101100001);
     ASSERT_TRUE(record);
     expectSame(Value(1), *record->attribute(-14));
-    // What the later steps added is there.
+    // What the later steps added is there, and what they replaced is gone.
+    const QString indexes = u" IN ('audit_trail_by_pid', 'attributes_by_number',"
+                            u" 'pending_writes_unfinished', 'command_records_unfinished',"
+                            u" 'pending_writes_by_state', 'command_records_by_state')"_s;
     EXPECT_EQ(store->sql()
-                  .scalar(isSqlite() ? u"SELECT count(*) FROM sqlite_master WHERE name IN"
-                                       u" ('audit_trail_by_pid', 'attributes_by_number')"_s
+                  .scalar(isSqlite() ? u"SELECT count(*) FROM sqlite_master WHERE name"_s + indexes
                                      : u"SELECT count(*) FROM pg_indexes WHERE schemaname ="
-                                       u" current_schema() AND indexname IN"
-                                       u" ('audit_trail_by_pid', 'attributes_by_number')"_s)
+                                       u" current_schema() AND indexname"_s
+                                           + indexes)
                   .toInt(),
-              2);
+              4);
+    EXPECT_EQ(store->sql().scalar(u"SELECT text FROM message_log"_s), u"Old"_s);
+    const auto queued = CommandQueue(*store).claimPendingWrite(u"A"_s, 60s);
+    ASSERT_TRUE(queued);
+    ASSERT_TRUE(CommandQueue(*store).applyPendingWrite(*queued, u"A"_s));
+    EXPECT_EQ(store->sql().scalar(u"SELECT count(*) FROM audit_trail"_s).toInt(), 2);
+    EXPECT_EQ(store->sql().scalar(u"SELECT new_val FROM audit_trail ORDER BY id DESC"_s), u"2"_s)
+        << "the new audit row numbered after the old one";
     const SiteStore::ListRead list = store->readList({4}, {-14});
     ASSERT_EQ(list.records.size(), 1);
     ASSERT_TRUE(list.columns.at(-14).at(0));
