@@ -1,24 +1,18 @@
 #pragma once
 
-#include <benchmark/benchmark.h>
+#include "benchmain.h"
 
 #include <QApplication>
 
 namespace olvex::bench {
 
 // The main of a benchmark program that builds widgets: offscreen, one application object, then
-// Google Benchmark's usual run.
+// the usual run.
 inline int runWidgetBenchmarks(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return runBenchmarks(argc, argv);
 }
 
 } // namespace olvex::bench

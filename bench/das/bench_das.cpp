@@ -9,6 +9,7 @@
 // OLVEX_TEST_PG names a database): the service draining 20,000 queued writes of as many settings,
 // what an import of a big site leaves it / one raw transaction that writes the same 20,000
 // values and 20,000 audit rows, the physical limit for that work.
+#include "benchmain.h"
 #include "common/pid.h"
 #include "das/dasservice.h"
 #include "host/sitebuilder.h"
@@ -177,11 +178,5 @@ int main(int argc, char **argv)
     if (const QString pg = qEnvironmentVariable("OLVEX_TEST_PG"); !pg.isEmpty()) {
         drain("das_drain_pg_vs_bulk_update", pg);
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return olvex::bench::runBenchmarks(argc, argv);
 }

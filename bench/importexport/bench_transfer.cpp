@@ -5,6 +5,7 @@
 // - import_unchanged_vs_sqlite3_import: ImportSettings of the site's own export, which changes
 //   nothing, against sqlite3 .import of that file into a table.
 // Both sides start from a closed database, as the command line does.
+#include "benchmain.h"
 #include "host/demosite.h"
 #include "host/sitedatainterface.h"
 #include "host/sitestore.h"
@@ -189,11 +190,5 @@ int main(int argc, char **argv)
     char minTime[] = "--benchmark_min_time=0.000000001";
     char repetitions[] = "--benchmark_repetitions=5";
     arguments.insert(arguments.begin() + 1, {minTime, repetitions});
-    int count = int(arguments.size());
-    benchmark::Initialize(&count, arguments.data());
-    if (benchmark::ReportUnrecognizedArguments(count, arguments.data()))
-        return 1;
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return olvex::bench::runBenchmarks(int(arguments.size()), arguments.data());
 }

@@ -2,9 +2,10 @@
 // data interface (a fresh one each time, so nothing comes from a warm cache) on a site of
 // 100,000 settings, against one raw SELECT of the same rows through QSqlQuery on the same
 // connection.
+#include "benchmain.h"
+#include "common/vocabulary.h"
 #include "host/demosite.h"
 #include "host/sitedatainterface.h"
-#include "common/vocabulary.h"
 
 #include <benchmark/benchmark.h>
 
@@ -93,9 +94,6 @@ BENCHMARK(baseline)->Name("store_read_all_vs_raw_select/baseline")->Unit(benchma
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
     site(); // built before any timing starts
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return olvex::bench::runBenchmarks(argc, argv);
 }

@@ -8,7 +8,28 @@
 
 namespace olvex {
 
+using namespace Qt::StringLiterals;
+
 namespace {
+
+// The columns after the key of the two logs, as version 1 made them (so never edited); version 6
+// makes the tables again around another key.
+constexpr auto kMessageLogColumns = " logged_ms BIGINT NOT NULL,"
+                                    " severity INTEGER NOT NULL,"
+                                    " text TEXT NOT NULL,"
+                                    " user_name TEXT NOT NULL DEFAULT '',"
+                                    " client_name TEXT NOT NULL DEFAULT '')";
+constexpr auto kAuditTrailColumns = " changed_ms BIGINT NOT NULL,"
+                                    " user_name TEXT NOT NULL DEFAULT '',"
+                                    " client_name TEXT NOT NULL DEFAULT '',"
+                                    " client_address TEXT NOT NULL DEFAULT '',"
+                                    " pid INTEGER NOT NULL,"
+                                    " attribute INTEGER,"
+                                    " old_vkind SMALLINT NOT NULL,"
+                                    " old_val TEXT,"
+                                    " new_vkind SMALLINT NOT NULL,"
+                                    " new_val TEXT,"
+                                    " source TEXT NOT NULL DEFAULT '')";
 
 // Each step brings the schema from the previous version to its own. Steps are never edited
 // once released: a site made by an older program must migrate the same way forever.
@@ -108,13 +129,7 @@ const QList<QStringList> &steps()
                            " done_ms BIGINT,"
                            " result TEXT)"),
             QStringLiteral("CREATE INDEX pending_writes_by_pid ON pending_writes (pid, state)"),
-            QStringLiteral("CREATE TABLE message_log ("
-                           " id %ID%,"
-                           " logged_ms BIGINT NOT NULL,"
-                           " severity INTEGER NOT NULL,"
-                           " text TEXT NOT NULL,"
-                           " user_name TEXT NOT NULL DEFAULT '',"
-                           " client_name TEXT NOT NULL DEFAULT '')"),
+            u"CREATE TABLE message_log ( id %ID%,"_s + QLatin1StringView(kMessageLogColumns),
             QStringLiteral("CREATE TABLE system_messages ("
                            " id %ID%,"
                            " raised_ms BIGINT NOT NULL,"
@@ -142,19 +157,7 @@ const QList<QStringList> &steps()
                            " expiration_date TEXT,"
                            " vendor_id TEXT NOT NULL DEFAULT '',"
                            " gas_codes TEXT NOT NULL DEFAULT '')"),
-            QStringLiteral("CREATE TABLE audit_trail ("
-                           " id %ID%,"
-                           " changed_ms BIGINT NOT NULL,"
-                           " user_name TEXT NOT NULL DEFAULT '',"
-                           " client_name TEXT NOT NULL DEFAULT '',"
-                           " client_address TEXT NOT NULL DEFAULT '',"
-                           " pid INTEGER NOT NULL,"
-                           " attribute INTEGER,"
-                           " old_vkind SMALLINT NOT NULL,"
-                           " old_val TEXT,"
-                           " new_vkind SMALLINT NOT NULL,"
-                           " new_val TEXT,"
-                           " source TEXT NOT NULL DEFAULT '')"),
+            u"CREATE TABLE audit_trail ( id %ID%,"_s + QLatin1StringView(kAuditTrailColumns),
         },
         // Version 2: the service claims the oldest queued item by state, and the audit trail
         // is read per parameter.
@@ -210,29 +213,13 @@ const QList<QStringList> &steps()
             QStringLiteral("DROP INDEX pending_writes_by_state"),
             QStringLiteral("CREATE INDEX pending_writes_unfinished ON pending_writes (state, id)"
                            " WHERE state IN ('queued', 'claimed')"),
-            QStringLiteral("%SQLITE%CREATE TABLE message_log_new ("
-                           " id INTEGER PRIMARY KEY,"
-                           " logged_ms BIGINT NOT NULL,"
-                           " severity INTEGER NOT NULL,"
-                           " text TEXT NOT NULL,"
-                           " user_name TEXT NOT NULL DEFAULT '',"
-                           " client_name TEXT NOT NULL DEFAULT '')"),
+            u"%SQLITE%CREATE TABLE message_log_new ( id INTEGER PRIMARY KEY,"_s
+                + QLatin1StringView(kMessageLogColumns),
             QStringLiteral("%SQLITE%INSERT INTO message_log_new SELECT * FROM message_log"),
             QStringLiteral("%SQLITE%DROP TABLE message_log"),
             QStringLiteral("%SQLITE%ALTER TABLE message_log_new RENAME TO message_log"),
-            QStringLiteral("%SQLITE%CREATE TABLE audit_trail_new ("
-                           " id INTEGER PRIMARY KEY,"
-                           " changed_ms BIGINT NOT NULL,"
-                           " user_name TEXT NOT NULL DEFAULT '',"
-                           " client_name TEXT NOT NULL DEFAULT '',"
-                           " client_address TEXT NOT NULL DEFAULT '',"
-                           " pid INTEGER NOT NULL,"
-                           " attribute INTEGER,"
-                           " old_vkind SMALLINT NOT NULL,"
-                           " old_val TEXT,"
-                           " new_vkind SMALLINT NOT NULL,"
-                           " new_val TEXT,"
-                           " source TEXT NOT NULL DEFAULT '')"),
+            u"%SQLITE%CREATE TABLE audit_trail_new ( id INTEGER PRIMARY KEY,"_s
+                + QLatin1StringView(kAuditTrailColumns),
             QStringLiteral("%SQLITE%INSERT INTO audit_trail_new SELECT * FROM audit_trail"),
             QStringLiteral("%SQLITE%DROP TABLE audit_trail"),
             QStringLiteral("%SQLITE%ALTER TABLE audit_trail_new RENAME TO audit_trail"),
